@@ -8,13 +8,13 @@
 namespace halvo {
 
 class RunFlag {
-public:
+  public:
     void Raise() { value_.fetch_add(1, std::memory_order_acq_rel); }
     void Clear() { value_.store(0, std::memory_order_release); }
     bool IsSet() const { return value_.load(std::memory_order_acquire) != 0; }
     std::uint32_t Value() const { return value_.load(std::memory_order_acquire); }
 
-private:
+  private:
     std::atomic<std::uint32_t> value_{0};
 };
 
