@@ -1,0 +1,146 @@
+// Every line of the real receiver logs goes through the parser, as a sentence and as a 2002
+// message. Sentences the parser knows must be accepted exactly when the fields it needs are
+// filled in; a handful are checked value by value against the log text.
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <map>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "core/ByteOrder.h"
+#include "nav/SentenceParser.h"
+
+namespace halvo {
+namespace {
+
+namespace fs = std::filesystem;
+
+const fs::path kLogs = fs::path(HALVO_SHARED_DATA_DIR) / "nmea";
+
+std::vector<std::string> Lines(const fs::path& file) {
+    std::ifstream in(file, std::ios::binary);
+    std::vector<std::string> out;
+    std::string line;
+    for (int guard = 0; guard < 100000 && std::getline(in, line); ++guard)
+        out.push_back(line + "\n");
+    return out;
+}
+
+std::vector<std::string> Split(const std::string& sentence) {
+    std::string body = sentence.substr(0, sentence.find_first_of("*\r\n"));
+    std::vector<std::string> f;
+    std::stringstream ss(body);
+    std::string item;
+    while (std::getline(ss, item, ',')) f.push_back(item);
+    if (!body.empty() && body.back() == ',') f.emplace_back();
+    return f;
+}
+
+// Well formed for our parser: the fields it needs are present and non-empty.
+bool WellFormed(const std::string& type, const std::vector<std::string>& f) {
+    auto filled = [&](std::initializer_list<std::size_t> idx) {
+        for (std::size_t i : idx)
+            if (i >= f.size() || f[i].empty()) return false;
+        return true;
+    };
+    if (type == "GLL") return filled({1, 2, 3, 4});
+    if (type == "GGA") return filled({2, 3, 4, 5});
+    if (type == "RMC") return filled({1, 2, 3, 4, 5, 6, 7, 8});
+    if (type == "ZDA") return filled({4});
+    if (type == "VTG") return filled({1, 2, 3, 4, 5, 6, 7, 8});
+    if (type == "HDT" || type == "HDG" || type == "MTW" || type == "DPT") return filled({1});
+    if (type == "DBT") return filled({1}) || filled({3}) || filled({5});
+    return false;
+}
+
+TEST(NmeaLogs, EveryLineOfEveryLog) {
+    if (!fs::is_directory(kLogs)) GTEST_SKIP() << "no receiver logs at " << kLogs;
+    std::map<std::string, std::pair<int, int>> counts;  // kind: accepted, refused
+    SentenceParser messages;
+    int files = 0;
+    for (const auto& entry : fs::directory_iterator(kLogs)) {
+        if (entry.path().extension() != ".log") continue;
+        ++files;
+        SentenceParser p;
+        for (const std::string& line : Lines(entry.path())) {
+            const SentenceResult r = p.ParseSentence(line, 1000, 0);
+            if (r.kind == SentenceKind::None) {
+                EXPECT_FALSE(r.accepted);
+                continue;
+            }
+            const std::string name(SentenceKindName(r.kind));
+            auto& c = counts[name];
+            (r.accepted ? c.first : c.second)++;
+            EXPECT_EQ(r.accepted, WellFormed(line.substr(3, 3), Split(line)))
+                << entry.path().filename() << ": " << line;
+
+            std::vector<std::uint8_t> payload(12 + line.size() + 1, 0);
+            std::memcpy(payload.data() + 12, line.data(), line.size());
+            const SentenceResult m = messages.ProcessMessage({2002, 13, 0, payload}, {1, 0});
+            EXPECT_EQ(m.accepted, r.accepted) << line;
+        }
+    }
+    EXPECT_EQ(files, 10);
+    for (const auto& [kind, c] : counts)
+        std::cout << "[ counts   ] " << kind << " accepted " << c.first << " refused " << c.second
+                  << "\n";
+    EXPECT_GT(counts["GGA"].first, 300);
+    EXPECT_GT(counts["HDG"].first, 1400);
+}
+
+TEST(NmeaLogs, ValuesLandWhereTheLogSays) {
+    if (!fs::is_directory(kLogs)) GTEST_SKIP() << "no receiver logs at " << kLogs;
+    auto first = [](const char* file, const char* prefix) {
+        for (const std::string& l : Lines(kLogs / file))
+            if (l.rfind(prefix, 0) == 0) return l;
+        return std::string();
+    };
+    SentenceParser p;
+    // $GNGGA,003956.00,4552.65403,S,17030.00668,E,...
+    ASSERT_TRUE(p.ParseSentence(first("ublox-zed-f9p-nmea.log", "$GNGGA"), 1, 0));
+    const LatLonRecord& g = p.Fix().gga;
+    EXPECT_EQ(g.hour, 0);
+    EXPECT_EQ(g.minute, 39);
+    EXPECT_FLOAT_EQ(g.second, 56.0f);
+    EXPECT_EQ(g.latDegrees, 45);
+    EXPECT_NEAR(g.latMinutes, 52.65403, 1e-4);
+    EXPECT_EQ(g.latHemisphere, 'S');
+    EXPECT_EQ(g.lonDegrees, 170);
+    EXPECT_NEAR(g.lonMinutes, 30.00668, 1e-4);
+
+    // $INZDA,194104,16,09,2006,-05,00 (a two-wide zone field reads "-0")
+    ASSERT_TRUE(p.ParseSentence(first("humminbird-M37.log", "$INZDA"), 2, 0));
+    const ZdaRecord& z = p.Fix().zda;
+    EXPECT_EQ(z.hour, 19);
+    EXPECT_EQ(z.minute, 41);
+    EXPECT_EQ(z.day, 16);
+    EXPECT_EQ(z.month, 9);
+    EXPECT_EQ(z.year, 2006);
+    EXPECT_EQ(z.zoneHours, 0);
+
+    // $GPRMC,130711.00,A,5012.790800,N,00806.879600,W,0.5,3.0,010611,,A
+    ASSERT_TRUE(p.ParseSentence(first("saab-r4.log", "$GPRMC"), 3, 0));
+    const RmcRecord& r = p.Fix().rmc;
+    EXPECT_EQ(r.hour, 13);
+    EXPECT_DOUBLE_EQ(r.longitude, 806.8796);
+    EXPECT_EQ(r.lonHemisphere, 'W');
+    EXPECT_FLOAT_EQ(r.course, 3.0f);
+    EXPECT_EQ(r.day, 1);
+    EXPECT_EQ(r.month, 6);
+    EXPECT_EQ(r.year, 11);
+
+    // $ECGLL,5119.881,N,00125.169,E,164326,A,D
+    ASSERT_TRUE(p.ParseSentence(first("sounder.log", "$ECGLL"), 4, 0));
+    EXPECT_EQ(p.Fix().gll.latDegrees, 51);
+    EXPECT_NEAR(p.Fix().gll.lonMinutes, 25.169, 1e-4);
+    EXPECT_EQ(p.Fix().gll.second, 26.0f);
+}
+
+}  // namespace
+}  // namespace halvo
