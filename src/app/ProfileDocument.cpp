@@ -171,9 +171,11 @@ bool ProfileDocument::Set(std::string_view section, std::string_view key, std::s
     const auto range = FindSection(section);
     if (range) {
         if (const auto index = FindKey(*range, key)) {
-            // Keep everything up to and including '=' as it was, indentation and spelling too.
+            // Keep the line up to its old value as it was: indentation, spelling, blanks after '='.
             std::string& text = lines_[*index].text;
-            text.erase(text.find('=') + 1);
+            std::size_t keep = text.find('=') + 1;
+            while (keep < text.size() && (text[keep] == ' ' || text[keep] == '\t')) ++keep;
+            text.erase(keep);
             text += value;
             return true;
         }
