@@ -245,7 +245,8 @@ bool NeedsExpansion(const SonarMessage& m) {
 bool Expand(const SonarMessage& source, SonarMessage& target, std::int64_t utcSeconds) {
     const std::int32_t size = source.size();
     const std::int64_t expanded = ExpandedSize(source);
-    const std::int64_t room = std::max<std::int64_t>(expanded, std::max(size, 0));
+    const std::int64_t room =
+        std::max<std::int64_t>(expanded, static_cast<std::int64_t>(source.Payload().size()));
     if (!target || static_cast<std::int64_t>(target.BlockSize()) < 16 + room) return false;
 
     std::memcpy(target.Block().data(), source.Block().data(), kMessageHeaderSize);
@@ -298,8 +299,10 @@ bool Expand(const SonarMessage& source, SonarMessage& target, std::int64_t utcSe
 SonarMessage Normalise(const SonarMessage& message, const UtcSecondsFn& utcNow) {
     SonarMessage expanded;
     if (NeedsExpansion(message)) {
-        const std::int64_t room =
-            std::max<std::int64_t>(ExpandedSize(message), std::max(message.size(), 0));
+        // Room for the expansion, or for the bytes actually held when a message is copied whole:
+        // never for a size the header merely claims.
+        const std::int64_t room = std::max<std::int64_t>(
+            ExpandedSize(message), static_cast<std::int64_t>(message.Payload().size()));
         expanded = SonarMessage::Allocate(static_cast<std::size_t>(room));
         if (expanded) {
             const std::int64_t now =

@@ -6,6 +6,11 @@
 
 #include "core/ByteOrder.h"
 
+#if defined(__x86_64__) && defined(__GNUC__)
+#include <immintrin.h>
+#define HALVO_HAVE_AVX2_PATH 1
+#endif
+
 namespace halvo {
 
 namespace {
@@ -89,6 +94,88 @@ std::size_t UnpackLayout(bool isSigned, bool isFloat, std::uint8_t* out, const s
                     : UnpackWords<L, false, false>(out, in, words, tail, scale);
 }
 
+#ifdef HALVO_HAVE_AVX2_PATH
+// Wide path: eight outputs at a time. Output j of a run comes from word j / g, field j % g; with
+// g = 3, 4 or 7 and eight lanes the pattern repeats every 8 words, so a table per phase gives each
+// lane its word and its field shift. Runs in super-blocks of 8 words (8 * g outputs) and leaves
+// the rest to the scalar loop. Reads 16 words ahead at most, which the caller guarantees.
+template <int Bits, int G>
+struct Avx2Tables {
+    alignas(32) std::int32_t lane[G][8];
+    alignas(32) std::int32_t fieldShift[G][8];
+    constexpr Avx2Tables() : lane(), fieldShift() {
+        for (int r = 0; r < G; ++r) {
+            for (int i = 0; i < 8; ++i) {
+                lane[r][i] = (r + i) / G;
+                fieldShift[r][i] = Bits * ((r + i) % G);
+            }
+        }
+    }
+};
+
+template <int Bits, int G, bool LayoutA, bool Signed, bool Float>
+__attribute__((target("avx2"))) std::size_t UnpackAvx2(std::uint8_t* out, const std::uint8_t* in,
+                                                       std::size_t superBlocks, float scale) {
+    static constexpr Avx2Tables<Bits, G> t;
+    const __m256i mask = _mm256_set1_epi32((1 << Bits) - 1);
+    const __m256i pick16 =
+        _mm256_setr_epi8(0, 1, 4, 5, 8, 9, 12, 13, -1, -1, -1, -1, -1, -1, -1, -1, 0, 1, 4, 5, 8, 9,
+                         12, 13, -1, -1, -1, -1, -1, -1, -1, -1);
+    const __m256 vscale = _mm256_set1_ps(scale);
+    for (std::size_t sb = 0; sb < superBlocks; ++sb) {
+        const std::uint8_t* words = in + sb * 32;
+        std::uint8_t* o = out + sb * 8 * G * (Float ? 4 : 2);
+#pragma GCC unroll 7
+        for (int k = 0; k < G; ++k) {
+            const int base = (8 * k) / G;
+            const int r = (8 * k) % G;
+            const __m256i loaded =
+                _mm256_loadu_si256(reinterpret_cast<const __m256i*>(words + 4 * base));
+            const __m256i w = _mm256_permutevar8x32_epi32(
+                loaded, _mm256_load_si256(reinterpret_cast<const __m256i*>(t.lane[r])));
+            const __m256i fs = _mm256_load_si256(reinterpret_cast<const __m256i*>(t.fieldShift[r]));
+            __m256i f;
+            if constexpr (Signed) {
+                const __m256i up =
+                    _mm256_sllv_epi32(w, _mm256_sub_epi32(_mm256_set1_epi32(32 - Bits), fs));
+                f = _mm256_srai_epi32(up, 32 - Bits);
+            } else {
+                f = _mm256_and_si256(_mm256_srlv_epi32(w, fs), mask);
+            }
+            const __m256i s =
+                LayoutA ? _mm256_slli_epi32(_mm256_srli_epi32(w, 30), 1) : _mm256_srli_epi32(w, 28);
+            const __m256i v = _mm256_sllv_epi32(f, s);
+            if constexpr (Float) {
+                _mm256_storeu_ps(reinterpret_cast<float*>(o + 32 * k),
+                                 _mm256_mul_ps(_mm256_cvtepi32_ps(v), vscale));
+            } else {
+                const __m256i packed =
+                    _mm256_permute4x64_epi64(_mm256_shuffle_epi8(v, pick16), 0x08);
+                _mm_storeu_si128(reinterpret_cast<__m128i*>(o + 16 * k),
+                                 _mm256_castsi256_si128(packed));
+            }
+        }
+    }
+    return superBlocks * 8;  // words consumed
+}
+
+template <int Bits, int G, bool LayoutA>
+std::size_t UnpackAvx2Layout(bool isSigned, bool isFloat, std::uint8_t* out, const std::uint8_t* in,
+                             std::size_t superBlocks, float scale) {
+    if (isFloat) {
+        return isSigned ? UnpackAvx2<Bits, G, LayoutA, true, true>(out, in, superBlocks, scale)
+                        : UnpackAvx2<Bits, G, LayoutA, false, true>(out, in, superBlocks, scale);
+    }
+    return isSigned ? UnpackAvx2<Bits, G, LayoutA, true, false>(out, in, superBlocks, scale)
+                    : UnpackAvx2<Bits, G, LayoutA, false, false>(out, in, superBlocks, scale);
+}
+
+bool HaveAvx2() {
+    static const bool have = __builtin_cpu_supports("avx2");
+    return have;
+}
+#endif
+
 }  // namespace
 
 PackingCodeInfo PackingCodeOf(int code) {
@@ -166,16 +253,36 @@ std::size_t Unpack(std::span<std::uint8_t> target, std::span<const std::uint8_t>
     }
     const std::uint8_t* in = source.data();
     std::uint8_t* out = target.data();
+    std::size_t done = 0;
+#ifdef HALVO_HAVE_AVX2_PATH
+    // Wide loads read up to 16 words from a super-block's start: keep them inside the source.
+    if (HaveAvx2() && available >= 16) {
+        const std::size_t superBlocks = std::min(words / 8, (available - 16) / 8 + 1);
+        if (superBlocks > 0) {
+            const bool sg = info.isSigned, fl = info.floatOutput;
+            const std::size_t used =
+                info.layout == PackLayout::A
+                    ? UnpackAvx2Layout<10, 3, true>(sg, fl, out, in, superBlocks, scale)
+                : info.layout == PackLayout::B
+                    ? UnpackAvx2Layout<7, 4, false>(sg, fl, out, in, superBlocks, scale)
+                    : UnpackAvx2Layout<4, 7, false>(sg, fl, out, in, superBlocks, scale);
+            words -= used;
+            in += used * 4;
+            out += used * g * outBytes;
+            done = used * g;
+        }
+    }
+#endif
     switch (info.layout) {
         case PackLayout::A:
-            return UnpackLayout<PackLayout::A>(info.isSigned, info.floatOutput, out, in, words,
-                                               tail, scale);
+            return done + UnpackLayout<PackLayout::A>(info.isSigned, info.floatOutput, out, in,
+                                                      words, tail, scale);
         case PackLayout::B:
-            return UnpackLayout<PackLayout::B>(info.isSigned, info.floatOutput, out, in, words,
-                                               tail, scale);
+            return done + UnpackLayout<PackLayout::B>(info.isSigned, info.floatOutput, out, in,
+                                                      words, tail, scale);
         default:
-            return UnpackLayout<PackLayout::C>(info.isSigned, info.floatOutput, out, in, words,
-                                               tail, scale);
+            return done + UnpackLayout<PackLayout::C>(info.isSigned, info.floatOutput, out, in,
+                                                      words, tail, scale);
     }
 }
 

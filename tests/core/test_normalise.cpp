@@ -166,6 +166,19 @@ TEST(Normalise, PlainMessagesAndShortOnesAreLeftAlone) {
     EXPECT_FALSE(Normalise(shortTrace, FixedUtc));
 }
 
+TEST(Normalise, ALyingSizeNeverSizesTheNewBlock) {
+    // A side-scan header that claims 1.7 GB while the block holds 88 bytes: the copy is made
+    // of what is there, not of what the header says.
+    std::vector<std::uint8_t> raw(16 + 88);
+    MessageHeader::Make(MsgSideScanTrace, DirReply, 20, 1, 0x69000058).Write(raw);
+    PutLE<std::int32_t>(raw, 16 + 12, 4);
+    SonarMessage m = SonarMessage::FromBytes(raw);
+    SonarMessage out = Normalise(m, FixedUtc);
+    ASSERT_TRUE(out);
+    EXPECT_LT(out.BlockSize(), 4096u);
+    EXPECT_EQ(out.type(), MsgTrace);
+}
+
 TEST(Normalise, CalendarFallsBackToTheSecondDayOfTheEpoch) {
     const UtcCalendar bad = BreakDownUtc(INT64_MAX);
     EXPECT_EQ(bad.year, 1970);

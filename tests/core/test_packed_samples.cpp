@@ -92,7 +92,8 @@ TEST(PackedSamples, PackThenUnpackReproducesRepresentableValuesForEveryCode) {
         const PackingCodeInfo info = PackingCodeOf(code);
         const int bits = info.layout == PackLayout::A ? 10 : info.layout == PackLayout::B ? 7 : 4;
         const int shift = info.layout == PackLayout::A ? 4 : 9;
-        std::vector<std::int32_t> values(23);
+        // Long enough for the wide path and a scalar tail.
+        std::vector<std::int32_t> values(23 + 56 * 7);
         for (auto& v : values) {
             const int lo = info.isSigned ? -(1 << (bits - 1)) : 0;
             const int hi = info.isSigned ? (1 << (bits - 1)) - 1 : (1 << bits) - 1;
