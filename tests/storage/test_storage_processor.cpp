@@ -1,0 +1,225 @@
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <vector>
+
+#include "core/MessageTypes.h"
+#include "storage/PlaybackRig.h"
+
+namespace halvo {
+namespace {
+
+using test::PlaybackRig;
+
+TEST(Playback, PacingOnTheIdleTick) {
+    struct Case {
+        int rate;
+        std::uint32_t tickMs;
+        int ticks;
+        std::uint32_t expected;  // per tick: rate * tickMs / 1000, remainder lost, at most 400
+    };
+    const std::vector<Case> cases = {
+        {50, 100, 10, 50},      // 5 a tick
+        {50, 50, 20, 40},       // 2.5 a tick: the half is lost each burst
+        {10000, 50, 20, 8000},  // 500 a tick, held to 400
+        {1000, 50, 4, 200},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(testing::Message() << "rate " << c.rate << " tick " << c.tickMs);
+        PlaybackRig rig;
+        rig.MakeFile("line.hsf", 20000);
+        rig.Play("line.hsf", c.rate);
+        ASSERT_EQ(rig.State(), StatePlayback);
+        for (int i = 0; i < c.ticks; ++i) rig.Idle(c.tickMs);
+        EXPECT_EQ(rig.Posted(), c.expected);
+    }
+}
+
+TEST(Playback, CreditBuildsUpAndALongStallIsNotMadeUp) {
+    PlaybackRig rig;
+    rig.MakeFile("line.hsf", 1000);
+    rig.Play("line.hsf", 1);
+    for (int i = 0; i < 19; ++i) rig.Idle(50);
+    EXPECT_EQ(rig.Posted(), 0u);  // 950 ms at one a second: nothing due yet
+    rig.Idle(50);
+    EXPECT_EQ(rig.Posted(), 1u);  // the anchor stayed put, so the second came due
+
+    PlaybackRig stall;
+    stall.MakeFile("line.hsf", 1000);
+    stall.Play("line.hsf", 50);
+    stall.Idle(4000);
+    EXPECT_EQ(stall.Posted(), 200u);  // up to 5 s is made up
+    stall.Idle(6000);
+    EXPECT_EQ(stall.Posted(), 200u);  // a longer stall is dropped
+    stall.Idle(100);
+    EXPECT_EQ(stall.Posted(), 205u);
+}
+
+TEST(Playback, RateZeroHaltsWithoutChangingState) {
+    PlaybackRig rig;
+    rig.MakeFile("line.hsf", 100);
+    rig.Play("line.hsf", 1);
+    rig.control.PlaybackSlower();
+    for (int i = 0; i < 40; ++i) rig.Idle(50);
+    EXPECT_EQ(rig.Posted(), 0u);
+    EXPECT_EQ(rig.State(), StatePlayback);
+    rig.control.PlaybackFaster();
+    EXPECT_EQ(rig.control.getSettings().playbackRate, 1);
+    // The anchor stayed where it was while the rate was 0, so the 2 s of the halt count.
+    rig.Idle(0);
+    EXPECT_EQ(rig.Posted(), 2u);
+    for (int i = 0; i < 20; ++i) rig.Idle(50);
+    EXPECT_EQ(rig.Posted(), 3u);
+}
+
+TEST(Playback, HoldsOffAboveThreeQuartersOfTheQueue) {
+    PlaybackRig rig(8);  // three quarters is 6: posting stops once 7 wait
+    rig.MakeFile("line.hsf", 100);
+    rig.Play("line.hsf", 10000);
+    rig.Idle(50);
+    EXPECT_EQ(rig.Posted(), 7u);
+    const std::int64_t position = rig.processor->Reader().Position();
+    rig.Idle(50);
+    EXPECT_EQ(rig.Posted(), 7u);
+    EXPECT_EQ(rig.processor->Reader().Position(), position);  // nothing consumed
+    EXPECT_EQ(rig.State(), StatePlayback);
+}
+
+TEST(Playback, EndOfFileAndErrorCloseTheFile) {
+    struct Case {
+        const char* name;
+        int cut;  // bytes removed from the end
+        int state;
+        std::uint32_t posted;
+    };
+    for (const Case& c : std::vector<Case>{{"whole", 0, StateEndOfFile, 3},
+                                           {"cut in a payload", 10, StateError, 2},
+                                           {"cut in a header", 280, StateEndOfFile, 2}}) {
+        SCOPED_TRACE(c.name);
+        PlaybackRig rig;
+        const std::string path = rig.MakeFile("line.hsf", 3);
+        std::filesystem::resize_file(path, std::filesystem::file_size(path) - c.cut);
+        rig.Play("line.hsf", 1000);
+        rig.Idle(50);
+        EXPECT_EQ(rig.Posted(), c.posted);
+        EXPECT_EQ(rig.State(), c.state);
+        EXPECT_FALSE(rig.processor->Reader().IsOpen());
+        EXPECT_EQ(rig.control.getSettings().mode, ModePlayback);  // mode stays until changed
+        rig.SetMode(ModeStop);
+        rig.Idle(50);
+        EXPECT_EQ(rig.State(), StateIdlePlayback);
+        EXPECT_EQ(rig.control.getStatus().file, StorageStatus::kNoFile);
+    }
+}
+
+TEST(Playback, OpeningByNameAndFailure) {
+    PlaybackRig rig;
+    rig.MakeFile("00000000.000", 4);
+    rig.Play("00000000.000", 1000);
+    EXPECT_EQ(rig.State(), StatePlayback);
+    EXPECT_EQ(rig.control.getStatus().file, rig.dir.File("00000000.000"));
+    rig.Idle(50);
+    EXPECT_EQ(rig.Posted(), 4u);
+
+    PlaybackRig missing;
+    missing.Play("absent.hsf", 50);
+    EXPECT_EQ(missing.State(), StateError);
+    EXPECT_EQ(missing.control.getStatus().file, missing.dir.File("absent.hsf"));
+}
+
+TEST(Playback, PauseKeepsThePositionAndANewNameWaitsForStopAndStart) {
+    PlaybackRig rig;
+    rig.MakeFile("a.hsf", 10);
+    rig.MakeFile("b.hsf", 3, 100);
+    rig.Play("a.hsf", 20);
+    rig.Idle(100);
+    EXPECT_EQ(rig.Posted(), 2u);
+    rig.control.ChangePause();
+    rig.SetName("b.hsf");
+    for (int i = 0; i < 10; ++i) rig.Idle(100);
+    EXPECT_EQ(rig.Posted(), 2u);
+    EXPECT_EQ(rig.State(), StatePlayback);  // a paused file shows "PLAYBACK"
+    rig.control.ChangePause();
+    for (int i = 0; i < 10; ++i) rig.Idle(100);
+    // The old file went on where it stopped: its 10 records, each once, then its end.
+    EXPECT_EQ(rig.Posted(), 10u);
+    EXPECT_EQ(rig.State(), StateEndOfFile);
+    EXPECT_EQ(rig.control.getStatus().file, rig.dir.File("a.hsf"));
+    rig.SetMode(ModeStop);
+    rig.Idle(0);
+    rig.SetMode(ModePlayback);
+    rig.Idle(0);
+    EXPECT_EQ(rig.control.getStatus().file, rig.dir.File("b.hsf"));
+    for (int i = 0; i < 5; ++i) rig.Idle(100);
+    EXPECT_EQ(rig.Posted(), 13u);
+}
+
+TEST(Playback, StartsIdleWhateverTheFileSays) {
+    for (int acquire : {0, 1}) {
+        PlaybackRig rig;
+        std::ofstream(rig.dir.File("Defaults.Hni"))
+            << "[Storage]\nMode=1\nAcquireMode=" << acquire << "\nPlaybackFile=x.hsf\n";
+        rig.MakeFile("x.hsf", 5);
+        rig.processor->Start();
+        rig.Idle(50);
+        EXPECT_EQ(rig.State(), acquire ? StateIdlePlayback : StateIdleRecord);
+        EXPECT_EQ(rig.Posted(), 0u);
+    }
+}
+
+TEST(Playback, LiveDataIsHiddenWhileAFilePlays) {
+    PlaybackRig rig;
+    rig.MakeFile("line.hsf", 1000);
+    auto live = [](std::uint16_t type, std::uint8_t subsystem) {
+        return HsfTestWriter::MakeMessage(type, 2, subsystem, 0, {});
+    };
+    // Not playing: live traces pass.
+    SonarMessage m = live(MsgTrace, 0);
+    rig.processor->ProcessMessage(&m, SourceSonarData, 0);
+    EXPECT_EQ(m.type(), MsgTrace);
+    rig.Play("line.hsf", 10);
+    struct Case {
+        std::uint16_t type;
+        std::uint8_t subsystem;
+        int source;
+        std::uint16_t afterProcess;
+        std::uint16_t afterPreview;
+    };
+    for (const Case& c : std::vector<Case>{{MsgTrace, 0, 2, MsgAlive, MsgAlive},
+                                           {MsgTrace, 44, 2, MsgTrace, MsgAlive},
+                                           {MsgTrace, 0, 5, MsgTrace, MsgTrace},
+                                           {MsgNmea, 100, 2, MsgNmea, MsgAlive},
+                                           {MsgAlive, 0, 2, MsgAlive, MsgAlive}}) {
+        SonarMessage p = live(c.type, c.subsystem);
+        rig.processor->ProcessMessage(&p, c.source, 0);
+        EXPECT_EQ(p.type(), c.afterProcess) << c.type << "/" << int(c.subsystem);
+        SonarMessage q = live(c.type, c.subsystem);
+        rig.processor->PreviewMessage(&q, c.source, 0);
+        EXPECT_EQ(q.type(), c.afterPreview) << c.type << "/" << int(c.subsystem);
+    }
+}
+
+TEST(Playback, StatusIsRefreshedEveryTwoSecondsAndNotWhenIdle) {
+    int asks = 0;
+    StorageDataProcessor::Hooks hooks;
+    hooks.freeBytes = [&asks](const std::string&) {
+        ++asks;
+        return std::int64_t{5'500'000};
+    };
+    PlaybackRig rig(100000, hooks);
+    rig.MakeFile("line.hsf", 100000);
+    rig.Idle(50);  // first notice: publishes once
+    const int idleStart = asks;
+    for (int i = 0; i < 100; ++i) rig.Idle(50);
+    EXPECT_EQ(asks, idleStart);  // idle states publish only on a change
+    rig.Play("line.hsf", 1);
+    EXPECT_EQ(rig.control.getStatus().freeMB, 5);
+    const int playing = asks;
+    for (int i = 0; i < 39; ++i) rig.Idle(50);  // 1950 ms
+    EXPECT_EQ(asks, playing);
+    rig.Idle(50);
+    EXPECT_EQ(asks, playing + 1);
+}
+
+}  // namespace
+}  // namespace halvo
