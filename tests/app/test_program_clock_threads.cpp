@@ -23,7 +23,7 @@ TEST(ProgramClockThreads, ReadersNeverSeeATornCalibration) {
     ProgramClock clock(ticks, system);
 
     // Every entry written has offset == -(seconds % 1000): at tick 0 the offset is -ms.
-    constexpr int kWrites = 20000;
+    constexpr int kWrites = 100000;
     std::atomic<int> writersDone{0};
     auto writer = [&](std::int32_t first) {
         for (int i = 0; i < kWrites; ++i) {
