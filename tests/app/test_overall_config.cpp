@@ -6,6 +6,7 @@
 #include "app/IniFile.h"
 #include "app/MainWindowHost.h"
 #include "app/OverallConfig.h"
+#include "app/SettingsLifecycle.h"
 #include "app/SystemCoordinator.h"
 #include "app/WindowPlacement.h"
 
@@ -112,6 +113,32 @@ TEST_F(OverallConfigTest, Rc900IsForcedOffAndSaveNeedsALoad) {
     EXPECT_EQ(ini.ReadInt("PixelsRows2", 0), -1);
     EXPECT_EQ(WindowPlacement::Decode(ini.ReadString("MainWindowPos", ""))->ShowCmd(),
               WindowPlacement::kShowMaximised);
+}
+
+TEST(SettingsLifecycle, StartLoadsOnceAndOnlyWhenNothingLoadedYet) {
+    struct Case {
+        bool loadFirst;
+        int starts;
+        int loads;  // calls of the start's load
+    };
+    for (const Case c : {Case{false, 1, 1}, Case{false, 3, 1}, Case{true, 2, 0}}) {
+        SettingsLifecycle life;
+        EXPECT_FALSE(life.MaySave());
+        if (c.loadFirst) {
+            EXPECT_TRUE(life.MarkLoaded());
+        }
+        int loads = 0;
+        for (int i = 0; i < c.starts; ++i) {
+            life.Start([&] {
+                ++loads;
+                life.MarkLoaded();
+            });
+        }
+        EXPECT_EQ(loads, c.loads);
+        EXPECT_TRUE(life.IsStarted());
+        EXPECT_TRUE(life.MaySave());
+        EXPECT_FALSE(life.MarkLoaded());  // only the first load is first
+    }
 }
 
 TEST_F(OverallConfigTest, ConfigTypeTextIsExactAndCaseSensitive) {
