@@ -13,7 +13,9 @@ namespace halvo {
 
 namespace {
 
-// Room for the largest record of either layout, plus a read's worth behind it.
+// The buffer starts at a good read size and grows, once, to room for the largest record of
+// either layout plus a read's worth behind it.
+constexpr std::size_t kInitialBufferSize = 256u * 1024u;
 constexpr std::size_t kBufferSize = 2u * 1024u * 1024u;
 
 std::string Describe(const char* what, std::size_t got, std::size_t wanted) {
@@ -23,7 +25,7 @@ std::string Describe(const char* what, std::size_t got, std::size_t wanted) {
 
 }  // namespace
 
-HsfReader::HsfReader() : buffer_(kBufferSize) {}
+HsfReader::HsfReader() : buffer_(kInitialBufferSize) {}
 
 bool HsfReader::Open(const std::string& path) {
     Close();
@@ -63,6 +65,7 @@ std::size_t HsfReader::Fill(std::size_t wanted) {
         base_ += static_cast<std::int64_t>(head_);
         head_ = 0;
         tail_ = have;
+        if (wanted > buffer_.size()) buffer_.resize(kBufferSize);
     }
     while (have < wanted && !sourceAtEnd_ && !sourceFailed_) {
         const long n = source_->Read(std::span(buffer_).subspan(tail_));
