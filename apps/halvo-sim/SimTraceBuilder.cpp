@@ -29,6 +29,15 @@ std::size_t GroupOf(int form, int code) {
 
 }  // namespace
 
+int SimFloatExponent(int code) {
+    const PackingCodeInfo info = PackingCodeOf(code);
+    if (!info.floatOutput) return 0;
+    const int bits = info.layout == PackLayout::A ? 10 : (info.layout == PackLayout::B ? 7 : 4);
+    const int maxShift = info.layout == PackLayout::A ? 6 : 15;
+    const double fieldMax = info.isSigned ? (1 << (bits - 1)) - 1 : (1 << bits) - 1;
+    return static_cast<int>(std::floor(std::log2(fieldMax * std::ldexp(1.0, maxShift) / 32767.0)));
+}
+
 SimTraceBuilder::SimTraceBuilder(const SimScene& scene, int form, int packing)
     : scene_(scene), form_(form), packing_(packing) {}
 
@@ -42,7 +51,7 @@ const std::vector<std::int32_t>& SimTraceBuilder::Values(const SimSubsystem& s, 
     info.code = packing_;
     info.valuesPerSample = dataType == 1 ? 2 : 1;
     info.format = floats ? (dataType == 1 ? 7 : 10) : dataType;
-    info.exponent = floats ? kSimFloatExponent : 0;
+    info.exponent = SimFloatExponent(packing_);
 
     const int pixel = std::max<int>(1, c.window.pixelDecimator);
     const double adcRate = s.adcRateHz > 0 ? s.adcRateHz : 25000;
@@ -117,7 +126,8 @@ const std::vector<std::int32_t>& SimTraceBuilder::Values(const SimSubsystem& s, 
     }
     std::int32_t maxAbs = 0;
     for (std::size_t i = 0; i < n; ++i) maxAbs = std::max(maxAbs, out[i] < 0 ? -out[i] : out[i]);
-    info.adcMax = std::min(32767, maxAbs >> info.exponent);
+    info.adcMax = static_cast<int>(
+        std::min(32767.0, std::ldexp(static_cast<double>(maxAbs), -info.exponent)));
     return values_;
 }
 

@@ -28,8 +28,9 @@ struct SimTraceInfo {
     int exponent = 0;  // block exponent of the float codes
 };
 
-// Float packing codes carry values multiplied by 2^kSimFloatExponent.
-constexpr int kSimFloatExponent = 8;
+// The block exponent a float packing code is sent with: the largest that lets a full-scale
+// value fit the layout's field at its largest shift (layout A even needs -1 when signed).
+int SimFloatExponent(int code);
 // No trace payload grows beyond this, so every message stays under the topside's block limit.
 constexpr std::size_t kSimMaxTracePayload = 1900000;
 
@@ -38,7 +39,7 @@ class SimTraceBuilder {
     SimTraceBuilder(const SimScene& scene, int form, int packing);
 
     // The values as they go into the packer: 16-bit counts for codes 0 to 6, the same scaled
-    // by 2^kSimFloatExponent for codes 7 to 12. Valid until the next call.
+    // by 2^SimFloatExponent(code) for codes 7 to 12. Valid until the next call.
     const std::vector<std::int32_t>& Values(const SimSubsystem& s, int channel,
                                             const SimPingPlace& place, SimTraceInfo& info);
 
