@@ -9,7 +9,9 @@
 #include "core/TraceHeader.h"
 
 namespace {
-std::int64_t Utc() { return 1700000000; }
+std::int64_t Utc() {
+    return 1700000000;
+}
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {

@@ -23,7 +23,8 @@ std::int64_t ExpandedSize(const SonarMessage& message);
 bool NeedsExpansion(const SonarMessage& message);
 
 // Writes the expanded header and payload into `target`, whose block must hold
-// 16 + max(ExpandedSize, payload bytes held) bytes and be zeroed. False when the target is too small.
+// 16 + max(ExpandedSize, payload bytes held) bytes and be zeroed. False when the target is too
+// small.
 bool Expand(const SonarMessage& source, SonarMessage& target, std::int64_t utcSeconds);
 
 // The whole normalisation step. Returns the new block, or an empty handle when the message
