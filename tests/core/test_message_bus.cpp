@@ -81,8 +81,8 @@ class BusTest : public ::testing::Test {
 }  // namespace
 
 TEST_F(BusTest, StagesRunInOrderOverObserversInAttachOrderAndIdleTicksReachAll) {
+    Recorder a(1, log, m), b(2, log, m);  // declared first: they outlive the bus thread
     MessageHub hub(run);
-    Recorder a(1, log, m), b(2, log, m);
     hub.DataBus().Attach(&a);
     hub.DataBus().Attach(&b);
     hub.Start(8);
@@ -147,8 +147,8 @@ TEST(AcquireFilter, TableOfClassesAndValues) {
 }
 
 TEST_F(BusTest, FilterAppliesOnlyToTheDataLinkAndFromTheNextMessage) {
-    MessageHub hub(run);
     Recorder r(1, log, m);
+    MessageHub hub(run);
     hub.DataBus().Attach(&r);
     hub.SetFilter(FilterQCOnly);
     hub.Start(16);
@@ -167,8 +167,8 @@ TEST_F(BusTest, FilterAppliesOnlyToTheDataLinkAndFromTheNextMessage) {
 }
 
 TEST_F(BusTest, BurstHoldsTheObserverLockAgainstOtherThreads) {
-    MessageHub hub(run);
     Gate gate;
+    MessageHub hub(run);
     hub.DataBus().Attach(&gate);
     hub.Start(64);
     for (int i = 0; i < 40; ++i) {
@@ -189,8 +189,8 @@ TEST_F(BusTest, BurstHoldsTheObserverLockAgainstOtherThreads) {
 }
 
 TEST_F(BusTest, FullQueueLeavesTheBlockWithTheCaller) {
-    MessageHub hub(run);
     Gate gate;
+    MessageHub hub(run);
     hub.DataBus().Attach(&gate);
     hub.Start(2);
     SonarMessage first = Msg(MsgAltitude);
@@ -275,12 +275,6 @@ TEST_F(BusTest, HistoryRingKeepsTheOldWordForShortMessages) {
 }
 
 TEST_F(BusTest, SendCommandBuildsOrCopiesAndMapsDirections) {
-    MessageHub hub(run);
-    Recorder r(1, log, m);
-    hub.CommandBus().Attach(&r);
-    const std::uint32_t value = 5000;
-    EXPECT_EQ(hub.SendCommand(&value, 4, MsgPingRate, 1, DirQuery, 20), 1) << "not started yet";
-    hub.Start(8);
     struct Capture : MessageObserver {
         std::mutex mu;
         std::vector<MessageHeader> headers;
@@ -290,7 +284,11 @@ TEST_F(BusTest, SendCommandBuildsOrCopiesAndMapsDirections) {
             headers.push_back(msg->Header());
         }
     } cap;
+    MessageHub hub(run);
+    const std::uint32_t value = 5000;
+    EXPECT_EQ(hub.SendCommand(&value, 4, MsgPingRate, 1, DirQuery, 20), 1) << "not started yet";
     hub.CommandBus().Attach(&cap);
+    hub.Start(8);
     EXPECT_EQ(hub.SendCommand(&value, 4, MsgPingRate, 1, 7, 20), 0);
     EXPECT_EQ(hub.SendCommand(&value, 4, MsgPingRate, 1, DirReply, 20), 0);
     std::uint8_t whole[20] = {};

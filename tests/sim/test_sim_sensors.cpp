@@ -75,7 +75,8 @@ TEST(SimSensors, PayloadsReadBackThroughTheReaders) {
     }
     {
         const std::string s = SimGGA(kT, fix);
-        auto r = ReadNmea(SimNmeaMessage(kT, 0, s).Payload());
+        const SonarMessage m = SimNmeaMessage(kT, 0, s);  // the reading views into its payload
+        auto r = ReadNmea(m.Payload());
         ASSERT_TRUE(r);
         EXPECT_EQ(r->text, s);
         EXPECT_TRUE(r->Parsable());
