@@ -1,6 +1,7 @@
 #include "core/PackedSamples.h"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
 #include <cstring>
 
@@ -316,15 +317,16 @@ std::size_t Pack(std::span<std::uint8_t> target, std::span<const std::int32_t> v
     const std::int64_t fieldMin = info.isSigned ? -(1 << (shape.bits - 1)) : 0;
     for (std::size_t start = 0; start < values.size(); start += shape.perWord) {
         const std::size_t n = std::min<std::size_t>(shape.perWord, values.size() - start);
-        int shift = 0;
-        for (; shift < shape.maxShift; shift += (info.layout == PackLayout::A ? 2 : 1)) {
-            bool fits = true;
-            for (std::size_t k = 0; k < n && fits; ++k) {
-                const std::int64_t v = static_cast<std::int64_t>(values[start + k]) >> shift;
-                fits = v >= fieldMin && v <= fieldMax;
-            }
-            if (fits) break;
+        // The shift follows from the widest sample at once: the bits it needs beyond the field.
+        int need = 0;
+        for (std::size_t k = 0; k < n; ++k) {
+            const std::int64_t v = values[start + k];
+            const std::uint64_t mag = static_cast<std::uint64_t>(info.isSigned && v < 0 ? ~v : v);
+            const int width = info.isSigned || v >= 0 ? std::bit_width(mag) : 64;
+            need = std::max(need, width - (info.isSigned ? shape.bits - 1 : shape.bits));
         }
+        int shift = std::clamp(need, 0, shape.maxShift);
+        if (info.layout == PackLayout::A) shift = std::min(shift + (shift & 1), shape.maxShift);
         std::uint32_t w = info.layout == PackLayout::A ? static_cast<std::uint32_t>(shift / 2) << 30
                                                        : static_cast<std::uint32_t>(shift) << 28;
         for (std::size_t k = 0; k < n; ++k) {

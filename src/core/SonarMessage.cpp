@@ -97,7 +97,8 @@ SonarMessage SonarMessage::FromBytes(std::span<const std::uint8_t> bytes) {
     SonarMessage m = AllocateUninitialised(
         bytes.size() > kMessageHeaderSize ? bytes.size() - kMessageHeaderSize : 0);
     if (!m) return m;
-    std::memset(m.block_, 0, m.capacity_);
+    // Only a block shorter than a header has room the bytes do not fill.
+    if (bytes.size() < m.capacity_) std::memset(m.block_, 0, m.capacity_);
     if (!bytes.empty()) std::memcpy(m.block_, bytes.data(), bytes.size());
     return m;
 }
