@@ -1,0 +1,129 @@
+#pragma once
+// The application object without its windows: it owns one instance of every subsystem, and it
+// is the one place that fixes the order in which settings are read, objects are made, threads
+// start and everything stops. The GUI and the headless program both run on one of these.
+//
+// It lives above every subsystem it assembles (and below the GUI), so it is a library of its own
+// rather than part of the application layer those subsystems build on.
+
+#include <array>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "app/Housekeeping.h"
+#include "system/SystemSequence.h"
+
+namespace halvo {
+
+class EventLog;
+class GeneralSettings;
+class MainWindowHost;
+class MessageHub;
+class NavigationConfigStore;
+class Notifier;
+class OverallConfig;
+class ProgramClock;
+class StorageControl;
+class StorageDataProcessor;
+class SystemClock;
+class SystemCoordinator;
+class TickSource;
+
+class System {
+  public:
+    struct Platform {
+        TickSource& ticks;
+        SystemClock& systemClock;
+        Notifier* notifier = nullptr;  // null: notices go to the event log
+        std::size_t busQueue = 0;      // 0: the bus default
+    };
+
+    // Section Main of the defaults file.
+    struct MainValues {
+        std::int32_t priority = 0;
+        std::int32_t timerSource = -1;
+    };
+
+    static constexpr int kRecentFiles = 8;
+    static constexpr std::int32_t kSystemVersion = 11;
+    static constexpr std::uint32_t kEndingPollMs = 50;
+    static constexpr int kEndingPolls = 60;
+
+    explicit System(Platform platform);
+    ~System();
+    System(const System&) = delete;
+    System& operator=(const System&) = delete;
+
+    // The start-up steps that have nothing to do with windows, in their order: the installation
+    // file, the defaults file, then the system itself. Call once.
+    void Startup(MainWindowHost* host = nullptr);
+
+    // Loads a settings file into every subsystem, as the operator's "Load Configuration" does.
+    void LoadFile(std::string_view file);
+    // Saves to the file, or to the active file when empty. Nothing before a first load.
+    bool SaveFile(std::string_view file = {});
+
+    // The way out. With save the active defaults file is written first. Sonars in use are told
+    // to stop, the links close, late writes go to "./temp.ini", the run flag drops and every
+    // thread is joined. Safe to call twice.
+    void Ending(bool save);
+    bool Ended() const { return ended_; }
+
+    // The 250 ms update's inputs, wired to this system's subsystems.
+    Housekeeping::Sources HousekeepingSources();
+
+    std::vector<std::string> RecentFiles() const { return recent_; }
+    void AddRecentFile(std::string_view file);
+    bool Loaded() const { return loaded_; }
+    const MainValues& Main() const { return main_; }
+    const std::vector<std::string>& Extensions() const { return extensions_; }
+    SystemSequence& Sequence() { return sequence_; }
+
+    SystemCoordinator& Coordinator() { return *coordinator_; }
+    ProgramClock& Clock() { return *clock_; }
+    EventLog& Log() { return *log_; }
+    Notifier& Notices() { return *notifier_; }
+    MessageHub& Hub() { return *hub_; }
+    OverallConfig& Overall() { return *overall_; }
+    GeneralSettings& General() { return *general_; }
+    NavigationConfigStore& Navigation() { return *navigation_; }
+    StorageControl& Storage() { return *storage_; }
+    StorageDataProcessor& Recorder() { return *recorder_; }
+    TickSource& Ticks() { return platform_.ticks; }
+
+  private:
+    void ReadInstallation();
+    void StartSystem();
+    void WireSequence();
+    void ReadMain();
+    void WriteMain();
+    void LoadRecentFiles();
+    void SaveRecentFiles();
+
+    Platform platform_;
+    std::unique_ptr<Notifier> ownNotifier_;
+    Notifier* notifier_ = nullptr;
+    std::unique_ptr<SystemCoordinator> coordinator_;
+    std::unique_ptr<ProgramClock> clock_;
+    std::unique_ptr<EventLog> log_;
+    std::unique_ptr<MessageHub> hub_;
+    std::unique_ptr<OverallConfig> overall_;
+    std::unique_ptr<GeneralSettings> general_;
+    std::unique_ptr<NavigationConfigStore> navigation_;
+    std::unique_ptr<StorageControl> storage_;
+    std::unique_ptr<StorageDataProcessor> recorder_;
+
+    SystemSequence sequence_;
+    MainValues main_;
+    std::vector<std::string> extensions_;
+    std::vector<std::string> recent_;
+    bool recentLoaded_ = false;
+    bool loaded_ = false;
+    bool started_ = false;
+    bool ended_ = false;
+};
+
+}  // namespace halvo
