@@ -1,0 +1,6 @@
+# Serial navigation input, on pseudo-terminals only: never a real device.
+halvo_add_test(NAME test_serial_input
+    SOURCES
+        ${CMAKE_CURRENT_SOURCE_DIR}/test_serial_input.cpp
+    LIBS halvo_serial
+    LABELS nav)

@@ -1,0 +1,162 @@
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <optional>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "nav/SerialInput.h"
+#include "platform/PtyPair.h"
+
+namespace halvo {
+namespace {
+
+using test::PtyPair;
+
+// Calls readLine until `calls` reads came back without a line; collects the lines.
+std::vector<std::string> Drain(SerialInput& in, int& count, int quietCalls = 2) {
+    std::vector<std::string> lines;
+    int quiet = 0;
+    for (int i = 0; i < 200 && quiet < quietCalls; ++i) {
+        if (std::optional<std::string_view> line = in.readLine(count)) {
+            lines.emplace_back(*line);
+            quiet = 0;
+        } else {
+            ++quiet;
+        }
+    }
+    return lines;
+}
+
+bool OpenOn(SerialInput& in, const PtyPair& pty) {
+    return pty.ok() && in.setPort(1, pty.path());
+}
+
+TEST(SerialInput, CutsLinesByTheTerminatorRules) {
+    const std::string longBody(1200, 'x');
+    const std::string exactBody(997, 'y');
+    struct Case {
+        const char* what;
+        std::string bytes;
+        std::vector<std::string> lines;
+    };
+    const std::vector<Case> cases = {
+        {"line feed kept", "$GPGLL,1\n", {"$GPGLL,1\n"}},
+        {"CR LF is one line", "$GPGGA,2\r\n", {"$GPGGA,2\n"}},
+        {"CR alone ends a line", "AB\rCD\r", {"AB\n", "CD\n"}},
+        {"two bytes with terminator dropped", "A\nB\r", {}},
+        {"three bytes returned", "AB\n", {"AB\n"}},
+        {"empty lines dropped", "\r\n\r\n\n\r", {}},
+        {"short then long", "Z\n$GPZDA\n", {"$GPZDA\n"}},
+        {"998 bytes fit", exactBody + "\n", {exactBody + "\n"}},
+        {"longer line cut, terminator on 997", longBody + "\n", {std::string(997, 'x') + "\n"}},
+    };
+    for (const Case& c : cases) {
+        PtyPair pty;
+        SerialInput in;
+        ASSERT_TRUE(OpenOn(in, pty)) << in.lastError();
+        ASSERT_TRUE(pty.Write(c.bytes)) << c.what;
+        int count = 0;
+        const std::vector<std::string> got = Drain(in, count);
+        EXPECT_EQ(got, c.lines) << c.what;
+        EXPECT_EQ(count, static_cast<int>(c.lines.size())) << c.what;
+        EXPECT_EQ(in.bytesReceived(), static_cast<int>(c.bytes.size())) << c.what;
+    }
+}
+
+TEST(SerialInput, PartialLineWaitsForTheNextRead) {
+    PtyPair pty;
+    SerialInput in;
+    ASSERT_TRUE(OpenOn(in, pty)) << in.lastError();
+    int count = 0;
+    ASSERT_TRUE(pty.Write("$GPG"));
+    EXPECT_TRUE(Drain(in, count).empty());
+    ASSERT_TRUE(pty.Write("LL,5\r\n$GP"));
+    EXPECT_EQ(Drain(in, count), std::vector<std::string>{"$GPGLL,5\n"});
+    ASSERT_TRUE(pty.Write("VTG\n"));
+    EXPECT_EQ(Drain(in, count), std::vector<std::string>{"$GPVTG\n"});
+    EXPECT_EQ(count, 2);
+}
+
+TEST(SerialInput, FullReadBufferIsDiscardedWhole) {
+    PtyPair pty;
+    SerialInput in;
+    ASSERT_TRUE(OpenOn(in, pty)) << in.lastError();
+    // Complete lines throughout, and more than one buffer's worth queued at once.
+    std::string burst;
+    while (burst.size() < SerialInput::kReadBufferSize + 300) burst += "$GPGLL,burst\r\n";
+    ASSERT_TRUE(pty.Write(burst));
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    int count = 0;
+    EXPECT_FALSE(in.readLine(count).has_value());
+    EXPECT_EQ(in.overflowCount(), 1);
+    EXPECT_EQ(in.bytesReceived(), static_cast<int>(SerialInput::kReadBufferSize));
+    // The purge took the rest too; what comes next is read normally.
+    ASSERT_TRUE(pty.Write("$GPZDA,after\n"));
+    EXPECT_EQ(Drain(in, count), std::vector<std::string>{"$GPZDA,after\n"});
+    EXPECT_EQ(count, 1);
+    EXPECT_EQ(in.overflowCount(), 1);
+}
+
+TEST(SerialInput, BaudOutsideTheListBecomes2400) {
+    struct Case {
+        int baud;
+        int expected;
+        speed_t line;
+    };
+    const Case cases[] = {
+        {4000, 2400, B2400}, {0, 2400, B2400},          {-9600, 2400, B2400},
+        {600, 600, B600},    {115200, 115200, B115200}, {230400, 2400, B2400},
+    };
+    for (const Case& c : cases) {
+        PtyPair pty;
+        SerialInput in;
+        ASSERT_TRUE(OpenOn(in, pty));
+        in.setBaud(c.baud);
+        EXPECT_TRUE(in.isOpen()) << c.baud;
+        EXPECT_EQ(in.baud(), c.expected) << c.baud;
+        EXPECT_EQ(pty.InputSpeed(), c.line) << c.baud;
+    }
+    EXPECT_EQ(SerialInput::IntervalTimeoutMs(4800), 10);
+    EXPECT_EQ(SerialInput::IntervalTimeoutMs(9600), 5);
+    EXPECT_EQ(SerialInput::IntervalTimeoutMs(115200), 0);
+}
+
+TEST(SerialInput, ReopenRulesAndCounters) {
+    PtyPair pty;
+    SerialInput in;
+    ASSERT_TRUE(OpenOn(in, pty));
+    ASSERT_TRUE(pty.Write("$GPGLL\n"));
+    int count = 0;
+    Drain(in, count);
+    ASSERT_EQ(in.bytesReceived(), 7);
+
+    // The same baud does not reopen, so the counters stay.
+    in.setBaud(in.baud());
+    EXPECT_EQ(in.bytesReceived(), 7);
+    // A new baud reopens, and every open clears both counters.
+    in.setBaud(9600);
+    EXPECT_TRUE(in.isOpen());
+    EXPECT_EQ(in.bytesReceived(), 0);
+
+    // Port numbers outside 1 to 255 leave the port closed, whatever the device.
+    for (int number : {0, -1, 256}) {
+        EXPECT_FALSE(in.setPort(number, pty.path())) << number;
+        EXPECT_FALSE(in.isOpen()) << number;
+        EXPECT_FALSE(in.readLine(count).has_value());
+    }
+}
+
+TEST(SerialInput, VanishedDeviceClosesThePort) {
+    PtyPair pty;
+    SerialInput in;
+    ASSERT_TRUE(OpenOn(in, pty));
+    pty.CloseMaster();
+    int count = 0;
+    EXPECT_FALSE(in.readLine(count).has_value());
+    EXPECT_FALSE(in.isOpen());
+}
+
+}  // namespace
+}  // namespace halvo
