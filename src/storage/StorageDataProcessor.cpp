@@ -1,16 +1,27 @@
 #include "storage/StorageDataProcessor.h"
 
+#include "app/EventLog.h"
 #include "core/MessageProcessor.h"
 #include "core/MessageTypes.h"
 #include "platform/TickSource.h"
 #include "storage/DiskSpace.h"
+#include "storage/RecordNames.h"
 #include "storage/StorageControl.h"
 
 namespace halvo {
 
 StorageDataProcessor::StorageDataProcessor(MessageProcessor& dataBus, StorageControl& control,
+                                           TickSource& ticks)
+    : StorageDataProcessor(dataBus, control, ticks, Hooks{}) {}
+
+StorageDataProcessor::StorageDataProcessor(MessageProcessor& dataBus, StorageControl& control,
                                            TickSource& ticks, Hooks hooks)
-    : bus_(dataBus), control_(control), ticks_(ticks), hooks_(std::move(hooks)) {}
+    : bus_(dataBus),
+      control_(control),
+      ticks_(ticks),
+      hooks_(std::move(hooks)),
+      fileLog_(hooks_.snapshot, hooks_.logging, hooks_.notifier, hooks_.events),
+      bathy_(hooks_.bathyPath) {}
 
 void StorageDataProcessor::Start() {
     std::call_once(startOnce_, [this] {
@@ -28,7 +39,11 @@ void StorageDataProcessor::PreviewMessage(SonarMessage* message, int source, std
         message->type() != MsgAlive) {
         message->set_type(MsgAlive);
     }
-    // Recording of the raw form (SegyOnly 0) takes the message here.
+    // The raw form is stored exactly as it arrived, before any conversion.
+    if (message && state_ == StateRecord && settings_.recordForm == 0 && source != SourceDerived &&
+        message->type() != MsgAlive) {
+        Record(*message, ticks_.TickCount());
+    }
 }
 
 void StorageDataProcessor::ProcessMessage(SonarMessage* message, int source, std::uint32_t) {
@@ -42,11 +57,72 @@ void StorageDataProcessor::DeliverMessage(SonarMessage* message, int source, std
     const std::uint32_t now = ticks_.TickCount();
     NoticeChange(now);
     if (!message) {
+        bathy_.Idle(settings_.saveBathy != 0);
         Pace(now);
         IdleStatus(now);
         return;
     }
-    // Recording of the decompressed forms (SegyOnly 1 and above) takes the message here.
+    const std::uint16_t type = message->type();
+    if (state_ == StateRecord && settings_.recordForm > 0 && type != MsgAlive &&
+        source != SourceDerived && (settings_.recordForm == 1 || type == MsgTrace)) {
+        Record(*message, now);
+    }
+    if (type != MsgTrace) return;
+    if (state_ == StateRecord && settings_.diagnostics != 0) WriteSideLine(*message, now);
+    // Outside the recording test on purpose: the bathymetry file is written during playback too.
+    if (settings_.saveBathy != 0) bathy_.Trace(*message, hooks_.bathy);
+}
+
+void StorageDataProcessor::Record(const SonarMessage& message, std::uint32_t now) {
+    WriteData(message.Wire(), now);
+}
+
+void StorageDataProcessor::WriteData(std::span<const std::uint8_t> bytes, std::uint32_t now) {
+    if (bytes.empty() || !recorder_.IsRecording()) return;
+    if (hooks_.recordingRestricted && hooks_.recordingRestricted()) {
+        CloseRecording(now);
+        StorageSettings stopped = settings_;
+        stopped.mode = ModeStop;
+        control_.setSettings(stopped);
+        // Take our own request at once: otherwise the next message would see a new mode and turn
+        // the END OF FILE into an idle state before anyone could read it.
+        int count = 0;
+        settings_ = control_.getSettings(count);
+        changeCount_ = count;
+        previousMode_ = settings_.mode;
+        previousAcquireMode_ = settings_.acquireMode;
+        state_ = StateEndOfFile;
+        Publish(now);
+        return;
+    }
+    if (recorder_.RollDue(settings_.maxRecordSize)) {
+        CloseRecording(now);
+        OpenRecording(now);
+        if (state_ != StateRecord) return;
+    } else {
+        recorder_.ReopenIfDue();
+    }
+    switch (recorder_.Write(bytes, HsfRecorder::Target::Data)) {
+        case HsfRecorder::WriteResult::Written:
+            fileLog_.Activity(now);
+            break;
+        case HsfRecorder::WriteResult::Skipped:
+            break;
+        case HsfRecorder::WriteResult::Failed:
+            if (hooks_.events) hooks_.events->Add("RECORD : File write error");
+            state_ = StateError;
+            CloseRecording(now);
+            break;
+    }
+}
+
+void StorageDataProcessor::WriteSideLine(const SonarMessage& trace, std::uint32_t now) {
+    if (!recorder_.SideLineDue(now)) return;
+    const std::optional<std::string> line = HsfRecorder::SideLine(trace);
+    if (!line) return;
+    const auto* bytes = reinterpret_cast<const std::uint8_t*>(line->data());
+    recorder_.Write({bytes, line->size()}, HsfRecorder::Target::Side);
+    recorder_.SideLineWritten(now);
 }
 
 void StorageDataProcessor::NoticeChange(std::uint32_t now) {
@@ -69,7 +145,7 @@ void StorageDataProcessor::NoticeChange(std::uint32_t now) {
     // changed during the pause takes effect only at the next stop and start.
     const bool hold = next.mode == ModePause || (next.mode == ModePlayback && wasPaused);
     if (!hold) {
-        CloseFiles();
+        CloseFiles(now);
         state_ = next.acquireMode != 0 ? StateIdlePlayback : StateIdleRecord;
         status_.file = StorageStatus::kNoFile;
         status_.sizeMB = 0;
@@ -81,7 +157,32 @@ void StorageDataProcessor::NoticeChange(std::uint32_t now) {
 void StorageDataProcessor::Begin(std::uint32_t now) {
     runStartTick_ = now;
     if (settings_.mode == ModePlayback) OpenPlayback(now);
-    // Mode 0 opens a recording here once the recording side is in; mode 2 opens nothing.
+    if (settings_.mode == ModeRecord) OpenRecording(now);
+}
+
+void StorageDataProcessor::OpenRecording(std::uint32_t now) {
+    status_.sizeMB = 0;
+    if (!recorder_.Open(RecordNames::Base(settings_), settings_.diagnostics != 0)) {
+        // Every name taken: no file, and none is tried again until a stop and a start.
+        state_ = StateError;
+        status_.file = StorageStatus::kNoFile;
+        Publish(now);
+        return;
+    }
+    state_ = StateRecord;
+    status_.file = recorder_.Name();
+    status_.fileNumber = recorder_.Number();
+    fileLog_.Opened(recorder_.Name(), now);
+    Publish(now);
+}
+
+void StorageDataProcessor::CloseRecording(std::uint32_t now) {
+    if (!recorder_.IsRecording()) return;
+    const std::int64_t size = recorder_.FileSize();
+    if (size >= 0) status_.sizeMB = static_cast<std::int32_t>(size >> 20);
+    recorder_.Close();
+    fileLog_.Closed(now);
+    Publish(now);
 }
 
 void StorageDataProcessor::OpenPlayback(std::uint32_t now) {
@@ -98,8 +199,9 @@ void StorageDataProcessor::OpenPlayback(std::uint32_t now) {
     sentSinceAnchor_ = 0;
 }
 
-void StorageDataProcessor::CloseFiles() {
+void StorageDataProcessor::CloseFiles(std::uint32_t now) {
     reader_.Close();
+    CloseRecording(now);
 }
 
 void StorageDataProcessor::Pace(std::uint32_t now) {
@@ -162,6 +264,10 @@ void StorageDataProcessor::Publish(std::uint32_t now) {
     status_.state = state_;
     if (reader_.IsOpen() && reader_.FileSize() >= 0) {
         status_.sizeMB = static_cast<std::int32_t>(reader_.FileSize() >> 20);
+    }
+    if (recorder_.HasDataHandle()) {
+        const std::int64_t size = recorder_.FileSize();
+        if (size >= 0) status_.sizeMB = static_cast<std::int32_t>(size >> 20);
     }
     if (settings_.recordDir.empty()) {
         status_.freeMB = -1;
