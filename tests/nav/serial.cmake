@@ -2,5 +2,6 @@
 halvo_add_test(NAME test_serial_input
     SOURCES
         ${CMAKE_CURRENT_SOURCE_DIR}/test_serial_input.cpp
+        ${CMAKE_CURRENT_SOURCE_DIR}/test_navigation_input.cpp
     LIBS halvo_serial
     LABELS nav)
