@@ -4,6 +4,7 @@ add_library(halvo_stamping STATIC
     ${CMAKE_CURRENT_SOURCE_DIR}/ClockSteering.cpp
     ${CMAKE_CURRENT_SOURCE_DIR}/SeawaterDepth.cpp
     ${CMAKE_CURRENT_SOURCE_DIR}/SegyDataProcessor.cpp
+    ${CMAKE_CURRENT_SOURCE_DIR}/SonarChannelSettings.cpp
     ${CMAKE_CURRENT_SOURCE_DIR}/TraceStampSteps.cpp
 )
 target_include_directories(halvo_stamping PUBLIC ${PROJECT_SOURCE_DIR}/src)
