@@ -1,0 +1,20 @@
+#pragma once
+// What the display timer talks to: an open waterfall document. The notice carries either one
+// element to store (first argument 0) or the word that a burst is complete (first argument 1).
+
+namespace halvo {
+
+class SonarDataCacheElement;
+
+class DisplayDocumentIF {
+  public:
+    static constexpr int kNewLinesNotice = 0x40A;
+    static constexpr int kStoreElement = 0;
+    static constexpr int kUpdateViews = 1;
+
+    virtual ~DisplayDocumentIF() = default;
+    // The element lives only for the call; a document that keeps it copies it.
+    virtual void OnDisplayNotice(int argument, const SonarDataCacheElement* element) = 0;
+};
+
+}  // namespace halvo

@@ -1,0 +1,203 @@
+// Hand-computed lines for each stage of the display line.
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstring>
+#include <vector>
+
+#include "core/ByteOrder.h"
+#include "dsp/LineStages.h"
+
+namespace halvo {
+namespace {
+
+std::vector<std::uint8_t> Int16Bytes(const std::vector<int>& v) {
+    std::vector<std::uint8_t> b(v.size() * 2);
+    for (std::size_t i = 0; i < v.size(); ++i) {
+        StoreLE<std::int16_t>(b.data() + 2 * i, static_cast<std::int16_t>(v[i]));
+    }
+    return b;
+}
+
+struct ScaleCase {
+    const char* what;
+    int format;
+    std::vector<int> values;
+    ScaleParams params;
+    float line0;
+    int raw0;
+};
+
+TEST(LineStages, ScaleAndGainTruncatesAndClamps) {
+    const ScaleCase cases[] = {
+        {"full scale gives 255", 0, {32767}, {}, 255.0f, 255},
+        {"weighting 1 halves: 127.5 truncates", 0, {32767}, {1, 0, 0, false}, 127.5f, 127},
+        {"254.9 truncates, never rounds", 0, {32754}, {}, 32754.0f * (255.0f / 32767.0f), 254},
+        {"format 0 reads signed: 0x8001 is negative", 0, {-32767}, {}, -255.0f, 0},
+        {"complex magnitude 3,4 is 5", 1, {3 * 4000, 4 * 4000}, {}, 20000.0f * 255 / 32767, 155},
+        {"gain 20 dB scales the line, not the raw copy", 2, {3276}, {0, 20, 0, false}, 254.96f, 25},
+        {"raw after gain clamps at 255", 2, {3276}, {0, 20, 0, true}, 254.96f, 254},
+        {"RefGain0 6.0206 dB doubles", 2, {16380}, {0, 0, 6.0206f, false}, 254.945f, 254},
+    };
+    for (const ScaleCase& c : cases) {
+        const auto bytes = Int16Bytes(c.values);
+        const TraceSamples s = TraceSamples::Of(bytes, c.format);
+        std::vector<float> line(1);
+        std::vector<std::uint8_t> raw(1);
+        ScaleAndGain(s, c.params, line, raw);
+        EXPECT_NEAR(line[0], c.line0, 0.02f) << c.what;
+        EXPECT_EQ(raw[0], c.raw0) << c.what;
+    }
+}
+
+TEST(LineStages, ScaleGivesDisplayGainAndSilenceBehindShortTraces) {
+    const auto bytes = Int16Bytes({100});
+    std::vector<float> line(3, 7.0f);
+    std::vector<std::uint8_t> raw(3, 7);
+    const float g = ScaleAndGain(TraceSamples::Of(bytes, 0), {0, 20, 0, false}, line, raw);
+    EXPECT_NEAR(g, 255.0f * 10.0f / 32767.0f, 1e-6f);
+    EXPECT_EQ(line[1], 0.0f);
+    EXPECT_EQ(line[2], 0.0f);
+    EXPECT_EQ(raw[2], 0);
+}
+
+TEST(LineStages, SampleCountFollowsFormatAndLimits) {
+    const std::vector<std::uint8_t> none;
+    struct {
+        int format;
+        std::size_t bytes;
+        int count;
+    } cases[] = {{0, 100, 50}, {1, 100, 25}, {7, 100, 12},        {10, 100, 25},
+                 {2, 0, 1},    {0, 1, 1},    {0, 2000000, 500000}};
+    for (const auto& c : cases) {
+        EXPECT_EQ(LineSampleCount(TraceSamples::Of(none, c.format), c.bytes), c.count)
+            << c.format << " " << c.bytes;
+    }
+}
+
+TEST(LineStages, DCFilterSubtractsOddMeanWithHeadAndTail) {
+    // k 3: half 1; means over original samples 0..2, 1..3, ... for i 1 to N-3.
+    const std::vector<float> in = {0, 0, 9, 0, 0, 0, 0, 0};
+    const std::vector<float> want = {-3, -3, 6, -3, 0, 0, 0, 0};
+    for (int k : {2, 3}) {
+        std::vector<float> x = in;
+        ApplyDCFilter(x, k);
+        EXPECT_EQ(x, want) << "k " << k;
+    }
+    for (int k : {0, 1}) {
+        std::vector<float> x = in;
+        ApplyDCFilter(x, k);
+        EXPECT_EQ(x, in) << "k " << k << " is off";
+    }
+    // k is held to N - 3 = 5: half 2, rows 2..3 use the five-sample mean.
+    std::vector<float> x = {0, 0, 10, 0, 0, 5, 0, 0};
+    ApplyDCFilter(x, 300);
+    const std::vector<float> held = {8, 8, 8, -3, -3, -3, -3, -3};
+    EXPECT_EQ(x, held);
+}
+
+TEST(LineStages, MedianFilterRunsSortedWindowWithHeadAndTail) {
+    const std::vector<float> in = {5, 1, 4, 2, 3, 9, 0, 7};
+    const std::vector<float> want = {4, 4, 2, 3, 3, 3, 3, 3};
+    for (int m : {2, 3}) {
+        std::vector<float> x = in;
+        ApplyMedianFilter(x, m);
+        EXPECT_EQ(x, want) << "m " << m;
+    }
+    for (int m : {1, 6}) {  // 6 exceeds N - 3
+        std::vector<float> x = in;
+        ApplyMedianFilter(x, m);
+        EXPECT_EQ(x, in) << "m " << m;
+    }
+    // 128 acts as 127.
+    std::vector<float> a(400), b(400);
+    for (std::size_t i = 0; i < a.size(); ++i) a[i] = b[i] = static_cast<float>((i * 7919) % 251);
+    ApplyMedianFilter(a, 128);
+    ApplyMedianFilter(b, 127);
+    EXPECT_EQ(a, b);
+    EXPECT_NE(a[200], static_cast<float>((200 * 7919) % 251));
+}
+
+TEST(LineStages, TvgGrowsAfterStartUntilLimitThenHolds) {
+    TvgParams p;
+    p.r = 2.0f;
+    p.step = static_cast<float>(20.0 * std::log10(2.0));
+    p.limit = 12.0f;
+    p.start = 1.5f;
+    const std::vector<float> x(6, 10.0f);
+    std::vector<std::uint8_t> d(8, 99);
+    ApplyTvg(x, d, p);
+    // i 2 is the first past the start; 12 dB allows two doublings.
+    EXPECT_EQ(d, (std::vector<std::uint8_t>{10, 10, 10, 20, 40, 40, 0, 0}));
+
+    const TvgParams flat = TvgRatio(0, 1500, 25000.0f);
+    EXPECT_EQ(flat.r, 1.0f);
+    EXPECT_EQ(flat.step, 0.0f);
+}
+
+TEST(LineStages, TvgBytesClampTruncateAndWrap) {
+    struct {
+        float v;
+        bool clampAtZero;
+        int byte;
+    } cases[] = {{255.9f, false, 255}, {300.0f, false, 255}, {254.9f, false, 254},
+                 {-20.5f, false, 20},  {-20.5f, true, 0},    {-300.0f, false, 44},
+                 {-3.0e9f, false, 0},  {NAN, false, 0}};
+    TvgParams p;
+    for (const auto& c : cases) {
+        p.clampAtZero = c.clampAtZero;
+        const std::vector<float> x = {c.v};
+        std::vector<std::uint8_t> d(1);
+        ApplyTvg(x, d, p);
+        EXPECT_EQ(d[0], c.byte) << c.v << " clamp " << c.clampAtZero;
+    }
+}
+
+TEST(LineStages, ShiftLineMovesWholeSamplesAndLeavesWidthAlone) {
+    const std::vector<std::uint8_t> in = {1, 2, 3, 4, 5};
+    struct {
+        int d;
+        std::vector<std::uint8_t> want;
+    } cases[] = {{-2, {0, 0, 1, 2, 3}}, {2, {3, 4, 5, 0, 0}}, {0, in}, {5, in}, {-5, in},
+                 {INT32_MIN, in}};
+    for (const auto& c : cases) {
+        std::vector<std::uint8_t> x = in;
+        ShiftLine(x, c.d);
+        EXPECT_EQ(x, c.want) << c.d;
+    }
+}
+
+TEST(LineStages, DirectPathAveragesOverTracesAndFreezes) {
+    std::vector<float> avg(2, 0.0f);
+    std::vector<float> x = {1, 4, 8, 1};
+    SubtractDirectPath(x, avg, 1, 3, false);  // alpha 0.5
+    EXPECT_EQ(x, (std::vector<float>{1, 2, 4, 1}));
+    x = {1, 4, 8, 1};
+    SubtractDirectPath(x, avg, 1, 3, false);
+    EXPECT_EQ(avg, (std::vector<float>{3, 6}));
+    EXPECT_EQ(x, (std::vector<float>{1, 1, 2, 1}));
+    x = {1, 4, 8, 1};
+    SubtractDirectPath(x, avg, 1, 3, true);
+    EXPECT_EQ(avg, (std::vector<float>{3, 6}));
+    EXPECT_EQ(x, (std::vector<float>{1, 1, 2, 1}));
+    // A window running past the trace stops at its end.
+    x = {1, 4, 8, 1};
+    std::vector<float> wide(10, 0.0f);
+    SubtractDirectPath(x, wide, 3, 1, false);
+    EXPECT_EQ(x[3], 0.0f);
+}
+
+TEST(LineStages, ReflectionPeakFollowsTheEcho) {
+    const auto real = Int16Bytes({0, 10, -20, 30, 25, 40});
+    EXPECT_EQ(ReflectionPeak(TraceSamples::Of(real, 2), 1, 6, 25000.0f), 30.0f);
+    EXPECT_EQ(ReflectionPeak(TraceSamples::Of(real, 2), 6, 6, 25000.0f), 0.0f);
+    // Complex: the search stops below a tenth of the peak, or after 10 ms (here 2 samples).
+    const auto cplx = Int16Bytes({0, 0, 30, 40, 2, 0, 300, 400});
+    EXPECT_EQ(ReflectionPeak(TraceSamples::Of(cplx, 1), 1, 4, 25000.0f), 50.0f);
+    EXPECT_EQ(ReflectionPeak(TraceSamples::Of(cplx, 1), 1, 4, 200.0f), 50.0f);
+    EXPECT_EQ(ReflectionPeak(TraceSamples::Of(cplx, 1), 2, 4, 200.0f), 500.0f);
+}
+
+}  // namespace
+}  // namespace halvo
