@@ -4,6 +4,8 @@
 
 #include <string>
 
+#include "status/CustomFormat.h"
+#include "status/StatusCustomPresets.h"
 #include "status/StatusTestSupport.h"
 #include "status/StatusText.h"
 
@@ -181,6 +183,27 @@ TEST_F(StatusDigest, SettingsRoundTripThroughTheSection) {
     StatusControl again(coordinator_);
     EXPECT_EQ(again.getAlertSettings(), changed);
     EXPECT_EQ(again.getSettings(), s);
+}
+
+TEST_F(StatusDigest, PresetsComeFromTheCustomFile) {
+    EXPECT_TRUE(ReadStatusCustomPresets().empty());
+    WriteFile("StatusCustom.ini",
+              "[Heading]\nField=173\nFormat=0.01,0,5,1|HDG %\nDescription=Heading\n"
+              "[Bare]\nChannel=zz\n");
+    const auto presets = ReadStatusCustomPresets();
+    ASSERT_EQ(presets.size(), 2u);
+    CustomField field = StatusSettings::DefaultCustom(4);
+    field.enable = 1;
+    presets[0].ApplyTo(field);
+    EXPECT_EQ(field.enable, 1);
+    EXPECT_EQ(field.channel, -1);
+    EXPECT_EQ(field.field, 173);
+    EXPECT_EQ(field.description, "Heading");
+    EXPECT_EQ(FormatCustomField(field.label, 9050), "HDG  90.5");
+    EXPECT_EQ(presets[1].name, "Bare");
+    EXPECT_EQ(presets[1].channel, -1);  // bad numbers fall back on the defaults
+    EXPECT_EQ(presets[1].field, 0);
+    EXPECT_EQ(presets[1].format, "");
 }
 
 }  // namespace
