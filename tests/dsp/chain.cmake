@@ -2,5 +2,6 @@
 halvo_add_test(NAME test_display_chain
     SOURCES
         ${CMAKE_CURRENT_SOURCE_DIR}/test_line_stages.cpp
+        ${CMAKE_CURRENT_SOURCE_DIR}/test_channel_processor.cpp
     LIBS halvo_dsp
     LABELS dsp)
