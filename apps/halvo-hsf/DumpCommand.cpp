@@ -11,6 +11,7 @@
 #include "core/TraceHeader.h"
 #include "halvo-hsf/Progress.h"
 #include "halvo-hsf/RecordJson.h"
+#include "halvo-hsf/StampPipeline.h"
 #include "storage/HsfReader.h"
 
 namespace halvo::hsf {
@@ -22,6 +23,8 @@ struct DumpOptions {
     bool normalise = false;
     bool samples = false;
     bool json = false;
+    bool stamp = false;
+    std::string settings;
 };
 
 // The trace header of a type 80 record as it stands, or of a type 82 record as the bus maps it.
@@ -89,6 +92,8 @@ int RunDump(const DumpOptions& o) {
         return 1;
     }
     Progress progress(o.file, reader.FileSize());
+    std::unique_ptr<StampPipeline> stamping;
+    if (o.stamp) stamping = std::make_unique<StampPipeline>(o.settings);
     std::size_t index = 0;
     for (;;) {
         SonarMessage m;
@@ -121,7 +126,9 @@ int RunDump(const DumpOptions& o) {
             }
             return status == ReadStatus::EndOfFile ? 0 : 1;
         }
-        if (o.normalise) {
+        if (stamping) {
+            m = stamping->Process(std::move(m));
+        } else if (o.normalise) {
             SonarMessage n = Normalise(m, SystemUtcSeconds);
             if (n) m = std::move(n);
         }
@@ -145,6 +152,13 @@ void AddDumpCommand(CLI::App& app, int& exitCode) {
         ->check(CLI::ExistingFile);
     cmd->add_flag("--normalise", options->normalise,
                   "pass each record through the bus normalisation first (unpack, 82 to 80)");
+    CLI::Option* stamp = cmd->add_flag(
+        "--stamp", options->stamp,
+        "pass each record through playback's preparation, normalisation and trace stamping");
+    cmd->add_option("--settings", options->settings,
+                    "settings file (.Hni) for --stamp; without it the built-in defaults")
+        ->check(CLI::ExistingFile)
+        ->needs(stamp);
     cmd->add_flag("--samples", options->samples, "add the sample values (pairs interleaved)");
     cmd->add_flag("--json", options->json, "one JSON object per line");
     cmd->footer(
