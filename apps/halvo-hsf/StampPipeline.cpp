@@ -2,6 +2,7 @@
 
 #include <optional>
 #include <utility>
+#include <vector>
 
 #include "app/IniFile.h"
 #include "core/MessageTypes.h"
@@ -28,14 +29,17 @@ SystemTimeReading FileTimeClock::Read() {
 }
 
 StampPipeline::StampPipeline(const std::string& settingsFile) {
-    // Every read below goes to this file; a missing one gives defaults key by key.
-    if (!settingsFile.empty()) coordinator_.SetActiveProfile(settingsFile);
-    general_.Load();
-    navigation_.Load();
-    IniFile ini(coordinator_);
-    ini.Open("Storage");
-    storage_ = StorageSettings::Load(ini);
-    const auto sonars = LoadSonarChannels(coordinator_);
+    std::vector<SonarChannelBase> sonars = SegyDataProcessor::DefaultSonarChannels();
+    // Without a file nothing is read at all: not even a Defaults.ini lying in the working folder.
+    if (!settingsFile.empty()) {
+        coordinator_.SetActiveProfile(settingsFile);
+        general_.Load();
+        navigation_.Load();
+        IniFile ini(coordinator_);
+        ini.Open("Storage");
+        storage_ = StorageSettings::Load(ini);
+        sonars = LoadSonarChannels(coordinator_);
+    }
     processor_.SetSonarChannels(sonars);
     context_.firstChannelOf = [sonars](std::uint8_t subsystem) -> std::optional<int> {
         for (const SonarChannelBase& s : sonars) {

@@ -44,7 +44,7 @@ class FileTimeClock final : public TickSource, public SystemClock {
 
 class StampPipeline {
   public:
-    // An empty name, or a file that does not exist, gives the built-in defaults.
+    // An empty name gives the built-in defaults; a missing key gives its default.
     explicit StampPipeline(const std::string& settingsFile);
 
     // The record as the stamping stage leaves it (type 41 when playback hid it).
