@@ -39,8 +39,8 @@ class StatusControl {
     StatusSettings getSettings(int& changeCount);
     AlertSettings getAlertSettings();
     AlertSettings getAlertSettings(int& changeCount);
-    // Store a copy and add 1 to that record's counter. A set counts as loaded, so a later
-    // save keeps what the page wrote.
+    // Store a copy and add 1 to that record's counter. The section is loaded first, so a
+    // later load cannot undo what the page wrote.
     void setSettings(const StatusSettings& record);
     void setAlertSettings(const AlertSettings& record);
 
