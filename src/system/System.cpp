@@ -87,21 +87,24 @@ void System::ReadInstallation() {
     if (inst.sedimentClassification != 0) extensions_.push_back("SedimentClassification");
 }
 
-void System::Startup(MainWindowHost* host) {
+void System::Startup(MainWindowHost* host, std::string_view defaultsFile) {
     if (started_) return;
     started_ = true;
+    const std::string defaults = defaultsFile.empty()
+                                     ? std::string(SystemCoordinator::kDefaultsFile)
+                                     : std::string(defaultsFile);
     overall_->SetHost(host);
     coordinator_->SetActiveProfile(SystemCoordinator::kConfigFile);
     ReadInstallation();
-    coordinator_->SetActiveProfile(SystemCoordinator::kDefaultsFile);
+    coordinator_->SetActiveProfile(defaults);
     overall_->Load();
     if (sequence_[Component::Sonar].reload) sequence_[Component::Sonar].reload();
     // A defaults-file prompt survives in the settings but is never put to the operator at
     // start: the defaults file is always the one in the working folder.
     if (overall_->Snapshot().promptForDefaultsFile != 0)
         coordinator_->SetDefaultsFile("HalvoDefaults.Hni");
-    LoadFile(SystemCoordinator::kDefaultsFile);
-    coordinator_->SetDefaultsFile(SystemCoordinator::kDefaultsFile);
+    LoadFile(defaults);
+    coordinator_->SetDefaultsFile(defaults);
     overall_->Start();
     StartSystem();
 }

@@ -58,8 +58,9 @@ class System {
     System& operator=(const System&) = delete;
 
     // The start-up steps that have nothing to do with windows, in their order: the installation
-    // file, the defaults file, then the system itself. Call once.
-    void Startup(MainWindowHost* host = nullptr);
+    // file, the defaults file, then the system itself. Call once. A defaults file given here
+    // takes the place of ./HalvoDefaults.Hni, for loading and for saving.
+    void Startup(MainWindowHost* host = nullptr, std::string_view defaultsFile = {});
 
     // Loads a settings file into every subsystem, as the operator's "Load Configuration" does.
     void LoadFile(std::string_view file);

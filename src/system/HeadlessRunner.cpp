@@ -1,0 +1,78 @@
+#include "system/HeadlessRunner.h"
+
+#include <chrono>
+#include <filesystem>
+#include <ostream>
+#include <thread>
+
+#include "app/EventLog.h"
+#include "app/Housekeeping.h"
+#include "app/ProgramClock.h"
+#include "storage/StorageControl.h"
+
+namespace halvo {
+
+HeadlessRunner::HeadlessRunner(System& system, HeadlessOptions options, std::ostream& out)
+    : system_(system), options_(std::move(options)), out_(out) {}
+
+void HeadlessRunner::PrintNewLogLines() {
+    for (const EventLog::Line& line : system_.Log().Since(printed_)) {
+        out_ << line.text << '\n';
+        printed_ = line.sequence;
+    }
+    out_.flush();
+}
+
+bool HeadlessRunner::StartNextFile() {
+    if (nextFile_ >= options_.play.size()) return false;
+    const std::filesystem::path path(options_.play[nextFile_++]);
+    StorageControl& storage = system_.Storage();
+    // Stop first: a new file opens only through a stop and a start, as the page's chaining does.
+    storage.RequestStop();
+    StorageSettings s = storage.getSettings();
+    s.playbackDir = path.has_parent_path() ? path.parent_path().string() : std::string();
+    s.playbackFile = path.filename().string();
+    s.mode = ModeStop;
+    storage.setSettings(s);
+    std::this_thread::sleep_for(std::chrono::milliseconds(300));
+    storage.RequestPlayback();
+    system_.Log().Add("PLAY : " + path.string());
+    playing_ = true;
+    fileStartTick_ = system_.Clock().Tick();
+    return true;
+}
+
+bool HeadlessRunner::PlaybackEnded() {
+    const std::int32_t state = system_.Storage().getStatus().state;
+    // Give the recorder a moment to open the file before an idle state counts as the end.
+    if (system_.Clock().Tick() - fileStartTick_ < 1000) return false;
+    return state == StateEndOfFile || state == StateError || state == StateIdlePlayback ||
+           state == StateIdleRecord;
+}
+
+int HeadlessRunner::Run(const std::atomic<bool>& stop) {
+    system_.Startup(nullptr, options_.settings);
+    Housekeeping housekeeping(system_.HousekeepingSources(), &system_.Log());
+    PrintNewLogLines();
+    if (options_.record) system_.Storage().RequestRecord();
+    if (!options_.play.empty()) StartNextFile();
+
+    const auto start = std::chrono::steady_clock::now();
+    const auto period = std::chrono::milliseconds(options_.tickMs == 0 ? 250 : options_.tickMs);
+    auto next = start + period;
+    while (!stop.load()) {
+        std::this_thread::sleep_until(next);
+        next += period;
+        housekeeping.Update();
+        PrintNewLogLines();
+        if (playing_ && PlaybackEnded() && !StartNextFile()) break;
+        const double elapsed =
+            std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+        if (options_.durationSeconds > 0 && elapsed >= options_.durationSeconds) break;
+    }
+    system_.Ending(true);
+    PrintNewLogLines();
+    return 0;
+}
+
+}  // namespace halvo

@@ -1,0 +1,47 @@
+#pragma once
+// The program without a window: the same System and the same 250 ms housekeeping as the GUI,
+// driven from a plain loop. It prints the event log to a stream as it grows, presses Record once
+// the system has started if asked, plays files in turn as the storage page's chaining would,
+// and ends with the normal ending (with save) after a duration or on a stop request.
+
+#include <atomic>
+#include <cstdint>
+#include <iosfwd>
+#include <string>
+#include <vector>
+
+#include "system/System.h"
+
+namespace halvo {
+
+struct HeadlessOptions {
+    std::string settings;           // defaults file; empty: ./HalvoDefaults.Hni
+    double durationSeconds = 0;     // 0: until stopped
+    bool record = false;            // press Record once started
+    std::vector<std::string> play;  // files to play in turn
+    std::uint32_t tickMs = 250;     // the housekeeping period
+};
+
+class HeadlessRunner {
+  public:
+    HeadlessRunner(System& system, HeadlessOptions options, std::ostream& out);
+
+    // Runs until the duration is over, the stop flag is raised, or (when playing) the last file
+    // has ended. Returns the process exit code.
+    int Run(const std::atomic<bool>& stop);
+
+  private:
+    void PrintNewLogLines();
+    bool StartNextFile();
+    bool PlaybackEnded();
+
+    System& system_;
+    HeadlessOptions options_;
+    std::ostream& out_;
+    std::uint64_t printed_ = 0;
+    std::size_t nextFile_ = 0;
+    bool playing_ = false;
+    std::uint32_t fileStartTick_ = 0;
+};
+
+}  // namespace halvo
