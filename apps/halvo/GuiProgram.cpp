@@ -1,0 +1,137 @@
+#include "GuiProgram.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QFileInfo>
+#include <QTimer>
+#include <cstdio>
+#include <filesystem>
+
+#include "app/EventLog.h"
+#include "app/Housekeeping.h"
+#include "app/SystemCoordinator.h"
+#include "gui/dialogs/MainOptions.h"
+#include "gui/sheets/CfgSheet.h"
+#include "gui/sheets/EnableTable.h"
+#include "gui/sheets/EnterKeyFilter.h"
+#include "gui/sheets/SetupWizard.h"
+#include "gui/shell/CMainFrame.h"
+#include "gui/shell/MessageBoxPrompts.h"
+#include "platform/LinuxSystemClock.h"
+#include "platform/MonotonicTickSource.h"
+#include "storage/StorageControl.h"
+#include "system/System.h"
+
+#ifndef HALVO_VERSION
+#define HALVO_VERSION "0"
+#endif
+
+namespace halvo {
+namespace {
+
+// With nobody to click a box (offscreen), a box's text goes to the event log and a question is
+// answered No, the answer that changes nothing.
+class LoggedPrompts final : public OperatorPrompts {
+  public:
+    void SetLog(EventLog* log) { log_ = log; }
+    void Notify(std::string_view title, std::string_view text) override {
+        if (log_ == nullptr) return;
+        log_->Add(std::string(title) + " : " + std::string(text));
+    }
+    bool AskYesNo(std::string_view title, std::string_view text) override {
+        Notify(title, text);
+        return false;
+    }
+
+  private:
+    EventLog* log_ = nullptr;
+};
+
+ShellCommands Commands(System& system) {
+    ShellCommands c;
+    c.loadConfiguration = [&system](const std::string& f) { system.LoadFile(f); };
+    c.saveConfiguration = [&system](const std::string& f) { system.SaveFile(f); };
+    c.ending = [&system](bool save) { system.Ending(save); };
+    c.recentFiles = [&system] { return system.RecentFiles(); };
+    c.addRecentFile = [&system](const std::string& f) { system.AddRecentFile(f); };
+    c.playFile = [&system](const std::string& file) {
+        StorageControl& storage = system.Storage();
+        const std::filesystem::path path(file);
+        // A new file opens only through a stop and a start, as the disk page's chaining does.
+        storage.RequestStop();
+        StorageSettings s = storage.getSettings();
+        s.playbackDir = path.has_parent_path() ? path.parent_path().string() : std::string();
+        s.playbackFile = path.filename().string();
+        s.mode = ModeStop;
+        storage.setSettings(s);
+        // The recorder notices the stop on its next pass before it is asked to play.
+        QTimer::singleShot(300, [&storage] { storage.RequestPlayback(); });
+        system.Log().Add("PLAY : " + file);
+    };
+    c.changePause = [&system] { system.Storage().ChangePause(); };
+    c.playbackSlower = [&system] { system.Storage().PlaybackSlower(); };
+    c.playbackFaster = [&system] { system.Storage().PlaybackFaster(); };
+    return c;
+}
+
+}  // namespace
+
+int RunGui(int argc, char** argv, const GuiOptions& options) {
+    if (options.offscreen) qputenv("QT_QPA_PLATFORM", "offscreen");
+    QApplication app(argc, argv);
+
+    MonotonicTickSource ticks;
+    LinuxSystemClock systemClock;
+    MessageBoxPrompts boxes;
+    LoggedPrompts logged;
+    OperatorPrompts& prompts = options.offscreen ? static_cast<OperatorPrompts&>(logged)
+                                                 : static_cast<OperatorPrompts&>(boxes);
+    System system(System::Platform{ticks, systemClock, &prompts});
+    logged.SetLog(&system.Log());
+
+    EnterKeyFilter enterKeys(system.Coordinator());
+    app.installEventFilter(&enterKeys);
+    EnableTable enables;
+    SheetContext context{system.Coordinator(), prompts, enables};
+
+    Housekeeping housekeeping(system.HousekeepingSources(), &system.Log());
+    CMainFrame frame(context, housekeeping, Commands(system), QString("Halvo ") + HALVO_VERSION);
+    boxes.SetParent(&frame);
+
+    MainOptionsStore optionsStore(system.Overall(), system.General());
+    frame.SetOptionsStore(&optionsStore);
+
+    // The control bar is made before the settings load, as at every start.
+    CfgSheet* sheet = frame.ControlBar(0);
+    sheet->AddPage(new SetupWizard(context, *sheet), CfgSheet::SetupWizard);
+    // --- Pages of the subsystems go in here as they land (storage, sonars, displays ...). ---
+
+    // Loads the installation and the defaults; the stored placement shows the window.
+    system.Startup(&frame);
+    if (!frame.isVisible()) frame.showMaximized();
+    frame.AcceptDroppedFiles();
+    frame.ControlBar(2, sheet);
+    frame.StartDisplayTimer();
+    frame.TimerPass();
+
+    if (!options.screenshot.empty()) {
+        const QString file = QString::fromStdString(options.screenshot);
+        QTimer::singleShot(static_cast<int>(options.screenshotAfter * 1000), &frame,
+                           [&frame, file] {
+                               const QFileInfo info(file);
+                               QDir().mkpath(info.absolutePath());
+                               if (!frame.grab().save(file))
+                                   std::fprintf(stderr, "cannot write %s\n", qPrintable(file));
+                           });
+    }
+    if (options.quitAfter > 0) {
+        // The normal way out: closing the window saves and runs the Ending.
+        QTimer::singleShot(static_cast<int>(options.quitAfter * 1000), &frame,
+                           [&frame] { frame.close(); });
+    }
+    const int rc = app.exec();
+    system.Ending(true);  // does nothing when the window's close already ran it
+    return rc;
+}
+
+}  // namespace halvo

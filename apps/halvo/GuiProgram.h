@@ -1,0 +1,18 @@
+#pragma once
+// The operator program with its windows: one System, the main window over it, the "Status And
+// Control" sheet, and the options that let tests and the demo look at it.
+
+#include <string>
+
+namespace halvo {
+
+struct GuiOptions {
+    bool offscreen = false;      // Qt's offscreen platform; message boxes go to the event log
+    std::string screenshot;      // a picture of the main window, when set
+    double screenshotAfter = 2;  // seconds
+    double quitAfter = 0;        // seconds; 0: until the operator ends
+};
+
+int RunGui(int argc, char** argv, const GuiOptions& options);
+
+}  // namespace halvo

@@ -1,0 +1,30 @@
+#include "gui/sheets/CfgSheet.h"
+
+namespace halvo {
+
+CfgSheet::CfgSheet(SheetContext& context, QWidget* parent)
+    : PageSheet(context, "Status And Control", "Windows Exception In On Timer Cfg Sheet", parent) {
+    setModal(false);
+    // A tool window of its own, so it can sit beside the displays.
+    setWindowFlag(Qt::Window, true);
+}
+
+void CfgSheet::AddPage(SheetPage* page, Slot slot) {
+    PageSheet::AddPage(page, slot, GroupOf(slot));
+}
+
+PageSheet::TickGroup CfgSheet::GroupOf(Slot slot) {
+    switch (slot) {
+        case CfgSonar:
+        case CfgSonarRC900:
+            return TickGroup::Sonar;
+        case CfgSonarR90:
+            return TickGroup::SonarR90;
+        case CfgDisplay:
+            return TickGroup::Display;
+        default:
+            return TickGroup::Other;
+    }
+}
+
+}  // namespace halvo

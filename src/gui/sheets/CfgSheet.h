@@ -1,0 +1,40 @@
+#pragma once
+// The modeless "Status And Control" sheet that stays open beside the displays. Its pages go in
+// the fixed order below, whatever order they are made in.
+
+#include "gui/sheets/PageSheet.h"
+
+namespace halvo {
+
+class CfgSheet : public PageSheet {
+  public:
+    enum Slot {
+        SetupWizard,
+        CfgStorage,
+        CfgSonarR90,
+        CfgSonar,  // one per sonar, captioned with the sonar's name
+        CfgSonarRC900,
+        SetupAlert,
+        SetupLiveVideo,
+        CfgDisplay,  // one per display
+        CfgDevices,
+        CfgGraph,
+        CfgCapture,
+        SetupStatus,
+        SetupTelemetry,
+        SetupNav,
+        CfgPrinter,
+        SetupLogs,
+        SetupQC,
+        Extension,  // pages of extensions come last
+    };
+
+    explicit CfgSheet(SheetContext& context, QWidget* parent = nullptr);
+
+    // Adds a page in its slot; the slot also says when the timer visits it.
+    void AddPage(SheetPage* page, Slot slot);
+
+    static TickGroup GroupOf(Slot slot);
+};
+
+}  // namespace halvo

@@ -1,0 +1,94 @@
+#include "gui/shell/CColorStatusBar.h"
+
+#include <QLabel>
+
+namespace halvo {
+
+CColorStatusBar::CColorStatusBar(QWidget* parent) : QStatusBar(parent) {
+    setSizeGripEnabled(false);
+    message_ = new QLabel(this);
+    message_->setTextFormat(Qt::PlainText);
+    message_->setMinimumWidth(80);
+    addWidget(message_, 1);
+    for (Pane& p : panes_) {
+        p.label = new QLabel(this);
+        p.label->setTextFormat(Qt::PlainText);
+        p.label->setFrameStyle(QFrame::Panel | QFrame::Sunken);
+        p.label->setAlignment(Qt::AlignCenter);
+        p.label->setAutoFillBackground(true);
+        p.label->setContentsMargins(6, 0, 6, 0);
+        p.label->setMinimumWidth(64);
+        p.label->hide();
+        addPermanentWidget(p.label);
+        Repaint(p);
+    }
+}
+
+void CColorStatusBar::SetMessage(const QString& text) {
+    if (message_->text() != text) message_->setText(text);
+}
+
+QString CColorStatusBar::Message() const {
+    return message_->text();
+}
+
+void CColorStatusBar::SetPaneText(int pane, const QString& text) {
+    if (pane < 0 || pane >= kPanes) return;
+    Pane& p = panes_[static_cast<std::size_t>(pane)];
+    if (p.text == text) return;
+    p.text = text;
+    p.label->setText(text);
+    p.label->setVisible(!text.isEmpty());
+}
+
+void CColorStatusBar::SetPaneColours(int pane, const QColor& background, const QColor& text) {
+    if (pane < 0 || pane >= kPanes) return;
+    Pane& p = panes_[static_cast<std::size_t>(pane)];
+    if (p.ownerColours && p.background == background && p.textColour == text) return;
+    p.ownerColours = true;
+    p.background = background;
+    p.textColour = text;
+    Repaint(p);
+}
+
+void CColorStatusBar::ClearPaneColours(int pane) {
+    if (pane < 0 || pane >= kPanes) return;
+    Pane& p = panes_[static_cast<std::size_t>(pane)];
+    if (!p.ownerColours) return;
+    p.ownerColours = false;
+    Repaint(p);
+}
+
+QString CColorStatusBar::PaneText(int pane) const {
+    if (pane < 0 || pane >= kPanes) return {};
+    return panes_[static_cast<std::size_t>(pane)].text;
+}
+
+QColor CColorStatusBar::PaneBackground(int pane) const {
+    if (pane < 0 || pane >= kPanes) return {};
+    const Pane& p = panes_[static_cast<std::size_t>(pane)];
+    return p.ownerColours ? p.background : FaceColour();
+}
+
+QColor CColorStatusBar::PaneTextColour(int pane) const {
+    if (pane < 0 || pane >= kPanes) return {};
+    const Pane& p = panes_[static_cast<std::size_t>(pane)];
+    return p.ownerColours ? p.textColour : QColor(Qt::black);
+}
+
+bool CColorStatusBar::PaneOwnerColours(int pane) const {
+    return pane >= 0 && pane < kPanes && panes_[static_cast<std::size_t>(pane)].ownerColours;
+}
+
+QColor CColorStatusBar::FaceColour() const {
+    return palette().color(QPalette::Button);
+}
+
+void CColorStatusBar::Repaint(Pane& p) {
+    QPalette pal = p.label->palette();
+    pal.setColor(QPalette::Window, p.ownerColours ? p.background : FaceColour());
+    pal.setColor(QPalette::WindowText, p.ownerColours ? p.textColour : QColor(Qt::black));
+    p.label->setPalette(pal);
+}
+
+}  // namespace halvo
