@@ -447,6 +447,11 @@ void SonarController::SetQC(const QCConfig& record, int index) {
     ++changeCount_;
 }
 
+QCConfig SonarController::QCRecord(int index) const {
+    std::lock_guard lock(mutex_);
+    return qc_[ClampIndex(index)];
+}
+
 SensorConfig SonarController::GetSensor() const {
     std::lock_guard lock(mutex_);
     return sensor_;

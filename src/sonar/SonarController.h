@@ -78,6 +78,7 @@ class SonarController : public MessageObserver {
     bool IsActive(int index) const;
     bool GetQC(QCConfig& record, int index) const;
     void SetQC(const QCConfig& record, int index);
+    QCConfig QCRecord(int index) const;  // a plain copy, for saving
     SensorConfig GetSensor() const;
     void SetSensor(const SensorConfig& record);
     RecorderConfig GetRecorder() const;

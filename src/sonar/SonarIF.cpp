@@ -85,10 +85,7 @@ void SonarIF::Save() {
     ini.WriteInt("NumSonars", controller_->NumSonars());
     for (int d = 0; d < kSonars; ++d) {
         controller_->GetSonar(d).Save(ini, d);
-        QCConfig qc;
-        qc.changeCount = -1;  // never the stored count, so the copy is always filled
-        if (!controller_->GetQC(qc, d)) qc = QCConfig{};
-        qc.Save(ini, d);
+        controller_->QCRecord(d).Save(ini, d);
     }
 }
 

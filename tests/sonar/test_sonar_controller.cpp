@@ -16,42 +16,7 @@ std::vector<std::string> Seq(const std::vector<Sent>& sent) {
     return out;
 }
 
-// The full send of one subsystem in use, in the order the sonar expects it.
-void AddFullSend(std::vector<std::string>& v, int sub, int channels, int transducers) {
-    auto add = [&](const char* t) { v.push_back(std::string(t) + "@" + std::to_string(sub)); };
-    for (const char* t : {"133", "122q", "1025q", "87"}) add(t);
-    for (int c = 0; c < channels; ++c) add("83"), add("440");
-    add("124"), add("1101");
-    for (int t = 0; t < transducers; ++t) add("121");
-    for (int c = 0; c < channels; ++c) add("140"), add("141"), add("1080");
-    for (const char* t : {"125", "129", "129q", "134", "120", "124q", "142q"}) add(t);
-}
-
 using Controller = SonarRig;
-
-TEST_F(Controller, ConnectionSendsHandshakeThenEverythingInOrderAndAgainTwoTicksAfterTheReply) {
-    Make(OverallConfig::kConfigSBSS);
-    EXPECT_TRUE(TickAndDrain().empty()) << "link down: nothing goes out";
-    const std::vector<Sent> first = Connect();
-    std::vector<std::string> want{"1008q@0"};
-    AddFullSend(want, 0, 1, 1);
-    AddFullSend(want, 20, 2, 2);
-    AddFullSend(want, 21, 2, 2);
-    want.push_back("83@102");
-    for (int c = 0; c < 10; ++c) want.push_back("83@101");
-    want.push_back("40q@0");
-    EXPECT_EQ(Seq(first), want);
-
-    EXPECT_TRUE(TickAndDrain().empty());
-    EXPECT_TRUE(Reply(MsgOptionCheck, 0, std::vector<std::uint8_t>(16)).empty());
-    EXPECT_TRUE(TickAndDrain().empty()) << "one tick after the reply";
-    const std::vector<std::string> second = Seq(TickAndDrain());
-    want.erase(want.begin());  // no new handshake
-    want.pop_back();           // status is due only every 10 s
-    EXPECT_EQ(second, want);
-    EXPECT_TRUE(TickAndDrain().empty());
-    EXPECT_EQ(sonar->Controller().HandshakeState(), SonarController::kHandshakeDone);
-}
 
 TEST_F(Controller, FirstConnectionFlagForcesTheNextCheckAfterItIsSet) {
     Make(OverallConfig::kConfigSB);
@@ -111,34 +76,15 @@ TEST_F(Controller, ChangesSendOnlyWhatDiffersFollowedByTheRateQueries) {
     EXPECT_TRUE(TickAndDrain().empty()) << "nothing changed since";
 }
 
-TEST_F(Controller, RecordsThatMustNotSend) {
+TEST_F(Controller, PulseNameGoesOutOnlyWhenNotEmptyEvenWhenForced) {
     Make(OverallConfig::kConfigSB);
-    // Out-of-range subsystem: nothing at all, even on a forced send.
-    SonarConfig c = sonar->GetSonar(0);
-    c.subsystem = 129;
-    sonar->SetSonar(c, 0);
-    std::vector<Sent> sent = Connect();
-    EXPECT_TRUE(std::none_of(sent.begin(), sent.end(), [](const Sent& s) {
-        return s.subsystem == 129 || s.type == MsgBeginConfigure;
-    }));
-
-    // Not in use: the queries and the channel enables, nothing else.
-    c.subsystem = 0;
-    c.flags = 0;
-    c.pulse = "Chirp";
-    sonar->SetSonar(c, 0);
-    count = count + 2;  // a new connection forces everything
-    sent = TickAndDrain();
-    EXPECT_EQ(Types(sent, 0),
-              (std::vector<std::string>{"1008q", "122q", "1025q", "83", "124q", "142q"}));
-
-    // In use with an empty pulse: no 123 even when forced; with a name, 256 bytes of it.
+    Connect();
     for (const std::string pulse : {"", "Chirp 2-12kHz 20ms"}) {
-        c.flags = SonarConfig::kFlagInUse;
+        SonarConfig c = sonar->GetSonar(0);
         c.pulse = pulse;
         sonar->SetSonar(c, 0);
-        count = count + 2;
-        sent = TickAndDrain();
+        count = count + 2;  // a new connection forces everything
+        const std::vector<Sent> sent = TickAndDrain();
         const auto it = std::find_if(sent.begin(), sent.end(),
                                      [](const Sent& s) { return s.type == MsgPulseName; });
         ASSERT_EQ(it != sent.end(), !pulse.empty());
@@ -147,21 +93,6 @@ TEST_F(Controller, RecordsThatMustNotSend) {
             EXPECT_EQ(std::string(reinterpret_cast<const char*>(it->payload.data())), pulse);
         }
     }
-}
-
-TEST_F(Controller, SonarOnSetWhileTheLinkIsDownGoesOutAtTheNextConnection) {
-    Make(OverallConfig::kConfigSB);
-    Connect();
-    count = 2;  // dropped
-    SonarConfig c = sonar->GetSonar(0);
-    c.sonarOn = 1;
-    sonar->SetSonar(c, 0);
-    EXPECT_TRUE(TickAndDrain(2000).empty());
-    const std::vector<Sent> sent = Connect();
-    const auto on =
-        std::find_if(sent.begin(), sent.end(), [](const Sent& s) { return s.type == MsgSonarOn; });
-    ASSERT_NE(on, sent.end());
-    EXPECT_EQ(on->Word(), 1);
 }
 
 TEST_F(Controller, SampleRateRepliesSendWindowsOnlyWhenMarkedOrChanged) {
