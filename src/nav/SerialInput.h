@@ -1,7 +1,7 @@
 #pragma once
 // One navigation serial port: opens the line, reads bytes and cuts them into lines. Nothing here
-// parses a sentence. Only its own reader thread calls the operations; the counters and the
-// opened flag may be read from any thread for the status text.
+// parses a sentence. Only its own reader thread calls the operations; the counters, the baud and
+// the opened flag may be read from any thread for the status text.
 
 #include <array>
 #include <atomic>
@@ -49,7 +49,7 @@ class SerialInput {
     bool isOpen() const { return opened_.load(std::memory_order_acquire); }
     int bytesReceived() const { return bytesReceived_.load(std::memory_order_relaxed); }
     int overflowCount() const { return overflowCount_.load(std::memory_order_relaxed); }
-    int baud() const { return baud_; }
+    int baud() const { return baud_.load(std::memory_order_relaxed); }
     int port() const { return port_; }
     const std::string& devicePath() const { return path_; }
     // Why the last open failed; empty after a good open.
@@ -65,7 +65,7 @@ class SerialInput {
     SerialPort handle_;
     std::array<char, kLineBufferSize> line_{};
     std::size_t lineLength_ = 0;
-    int baud_ = kDefaultBaud;
+    std::atomic<int> baud_{kDefaultBaud};  // read by the status side too
     int port_ = 0;
 
     std::string device_;
