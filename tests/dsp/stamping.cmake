@@ -10,7 +10,7 @@ halvo_add_test(NAME test_stamping
 # The file tool's --stamp, run as a program on generated files.
 halvo_add_test(NAME test_stamp_dump
     SOURCES test_stamp_dump.cpp
-    LIBS halvo_storage
+    LIBS halvo_storage halvo_stamping
     LABELS dsp)
 target_compile_definitions(test_stamp_dump PRIVATE HALVO_HSF_BIN="$<TARGET_FILE:halvo-hsf>")
 add_dependencies(test_stamp_dump halvo-hsf)
