@@ -100,7 +100,7 @@ void HalvoDisplayChannelProcessor::ProcessLine(int side, std::span<std::uint8_t>
     // 6. and 7. Direct path, DC and median filters.
     DirectPath();
     ApplyDCFilter(line_, snap_.DCFilter);
-    ApplyMedianFilter(line_, snap_.MedianFilter);
+    ApplyMedianFilter(line_, snap_.MedianFilter, &medianScratch_);
 
     // 8. The element this side goes into.
     const int n = static_cast<int>(line_.size());

@@ -67,6 +67,7 @@ class HalvoDisplayChannelProcessor {
     DisplayProcessingConfig snap_;
     std::vector<float> line_;
     std::vector<std::uint8_t> raw_;
+    std::vector<float> medianScratch_;  // working room of the median filter
     std::vector<float> directPath_;
     std::int64_t directPathSize_ = 0;  // the window's nominal length; the array may be shorter
 

@@ -1,8 +1,12 @@
 #include "dsp/LineStages.h"
 
 #include <algorithm>
+#include <array>
+#include <bit>
 #include <cmath>
 #include <cstring>
+#include <iterator>
+#include <limits>
 
 #include "core/ByteOrder.h"
 #include "core/TraceHeader.h"
@@ -192,66 +196,90 @@ void ApplyDCFilter(std::span<float> line, int dcFilter) {
 
 namespace {
 
-// Descending sorted window of at most 127 values; among equal values the newest sits last.
-struct SortedWindow {
-    float v[128];
-    int n = 0;
+// Descending sorted window of at most 127 values, padded to P; among equal values the newest
+// sits last. Positions are found by counting comparisons over the whole padded length, and a
+// replacement rewrites the window in one pass of selects into a second buffer: both vectorise
+// and neither mispredicts, which is what decides the speed of this stage. The padding and one
+// guard slot on either side hold -infinity, which no count of "above" includes.
+template <int P>
+class SortedWindow {
+  public:
+    SortedWindow() {
+        constexpr float kLow = -std::numeric_limits<float>::infinity();
+        std::fill(std::begin(a_), std::end(a_), kLow);
+        std::fill(std::begin(b_), std::end(b_), kLow);
+    }
+    float At(int i) const { return cur_[1 + i]; }
 
-    // First position whose value is below x (after every value >= x).
-    int InsertPoint(float x) const {
-        int lo = 0, hi = n;
-        while (lo < hi) {
-            const int mid = (lo + hi) / 2;
-            if (v[mid] < x) {
-                hi = mid;
-            } else {
-                lo = mid + 1;
-            }
-        }
-        return lo;
-    }
     void Insert(float x) {
-        const int at = InsertPoint(x);
-        std::memmove(v + at + 1, v + at, sizeof(float) * static_cast<std::size_t>(n - at));
-        v[at] = x;
-        ++n;
+        float* v = cur_ + 1;
+        const int q = std::min(Count(v, x, true), n_);
+        for (int j = n_; j > q; --j) v[j] = v[j - 1];
+        v[q] = x;
+        ++n_;
     }
-    // Removes the first entry equal to x. A value that equals nothing (NaN from a corrupt trace)
-    // removes the entry with the same bits, else the last one, so the window keeps its length.
-    void Remove(float x) {
-        int lo = 0, hi = n;
-        while (lo < hi) {
-            const int mid = (lo + hi) / 2;
-            if (v[mid] > x) {
-                lo = mid + 1;
-            } else {
-                hi = mid;
-            }
+
+    // Removes the first entry equal to `out` and inserts `in` after every value >= it.
+    [[gnu::always_inline]] void Replace(float out, float in) {
+        const float* v = cur_ + 1;
+        int r = 0;
+        int q = 0;
+        for (int j = 0; j < P; ++j) {
+            r += v[j] > out ? 1 : 0;
+            q += v[j] >= in ? 1 : 0;
         }
-        int at = lo;
-        if (at >= n || !(v[at] == x)) {
-            at = n - 1;
-            for (int j = 0; j < n; ++j) {
-                if (std::memcmp(&v[j], &x, sizeof(float)) == 0) {
-                    at = j;
-                    break;
-                }
-            }
-        }
-        std::memmove(v + at, v + at + 1, sizeof(float) * static_cast<std::size_t>(n - at - 1));
-        --n;
+        if (r >= n_ || !(v[r] == out)) r = FindBits(v, out);
+        q = std::min(q, n_);
+        // Entries from lo to hi - 1 move by one toward the removed slot.
+        const bool left = q > r;
+        if (left) --q;
+        Move(v, next_ + 1, left ? r : q + 1, left ? q : r + 1, left ? 1 : -1);
+        next_[1 + q] = in;
+        std::swap(cur_, next_);
     }
+
+  private:
+    // d[j] = v[j + step] for lo <= j < hi, else v[j], over the whole padded length.
+    [[gnu::always_inline]] static void Move(const float* __restrict v, float* __restrict d, int lo,
+                                            int hi, int step) {
+        // Written as a bit blend: a select of two loads would stop the vectoriser.
+        const unsigned width = static_cast<unsigned>(hi - lo);
+        for (int j = 0; j < P; ++j) {
+            const std::uint32_t stay = std::bit_cast<std::uint32_t>(v[j]);
+            const std::uint32_t moved = std::bit_cast<std::uint32_t>(v[j + step]);
+            const std::uint32_t mask =
+                0u - static_cast<std::uint32_t>(static_cast<unsigned>(j - lo) < width);
+            d[j] = std::bit_cast<float>((stay & ~mask) | (moved & mask));
+        }
+    }
+    static int Count(const float* v, float x, bool orEqual) {
+        int c = 0;
+        if (orEqual) {
+            for (int j = 0; j < P; ++j) c += v[j] >= x ? 1 : 0;
+        } else {
+            for (int j = 0; j < P; ++j) c += v[j] > x ? 1 : 0;
+        }
+        return c;
+    }
+    // A value that equals nothing (NaN from a corrupt trace) is found by its bits, else the last
+    // entry goes, so the window keeps its length whatever the input.
+    int FindBits(const float* v, float x) const {
+        for (int j = 0; j < n_; ++j) {
+            if (std::memcmp(&v[j], &x, sizeof(float)) == 0) return j;
+        }
+        return n_ - 1;
+    }
+
+    float a_[P + 2];
+    float b_[P + 2];
+    float* cur_ = a_;
+    float* next_ = b_;
+    int n_ = 0;
 };
 
-}  // namespace
-
-void ApplyMedianFilter(std::span<float> line, int medianFilter) {
-    const int N = static_cast<int>(line.size());
-    int m = std::min(medianFilter, 127);
-    if (m > N - 3 || m <= 1) return;
-    if (m % 2 == 0) ++m;
-    float* x = line.data();
-    SortedWindow w;
+template <int P>
+[[gnu::always_inline]] inline void MedianPass(float* x, int N, int m) {
+    SortedWindow<P> w;
     float ring[256];
     for (int j = 0; j < m; ++j) {
         ring[j] = x[j];
@@ -260,13 +288,135 @@ void ApplyMedianFilter(std::span<float> line, int medianFilter) {
     const int half = m / 2;
     int oldest = 0;
     for (int i = half; i <= N - half - 2; ++i) {
-        x[i] = w.v[half];
-        w.Remove(ring[oldest]);
+        x[i] = w.At(half);
         const float next = x[i + half + 1];
-        w.Insert(next);
+        w.Replace(ring[oldest], next);
         ring[oldest] = next;
         oldest = oldest + 1 == m ? 0 : oldest + 1;
     }
+}
+
+// Short windows (up to 15) take another road to the same medians: eight neighbouring outputs
+// at a time, each lane sorting its own window of original samples through one fixed sorting
+// network (Batcher's odd-even merge for 16). The sorted window above reads back what it wrote a
+// moment before at a different offset, and the processor stalls on that; lanes do not. The
+// median of a window does not depend on how it is found, so both roads give the same line.
+struct Comparator {
+    std::uint8_t a;
+    std::uint8_t b;
+};
+
+constexpr int kNetInputs = 16;
+constexpr int kNetSize = 63;
+
+constexpr std::array<Comparator, kNetSize> BuildNetwork() {
+    std::array<Comparator, kNetSize> net{};
+    int c = 0;
+    for (int p = 1; p < kNetInputs; p *= 2) {
+        for (int k = p; k >= 1; k /= 2) {
+            for (int j = k % p; j + k < kNetInputs; j += 2 * k) {
+                for (int i = 0; i < k && i + j + k < kNetInputs; ++i) {
+                    if ((i + j) / (2 * p) == (i + j + k) / (2 * p)) {
+                        net[static_cast<std::size_t>(c++)] = {static_cast<std::uint8_t>(i + j),
+                                                              static_cast<std::uint8_t>(i + j + k)};
+                    }
+                }
+            }
+        }
+    }
+    return net;
+}
+constexpr std::array<Comparator, kNetSize> kNetwork = BuildNetwork();
+
+// Eight lanes as one value: GCC lowers it to two SSE registers, or one AVX2 register in the AVX2
+// build of the same body.
+using Lanes = float __attribute__((vector_size(32)));
+constexpr int kLanes = 8;
+
+// Medians of the windows [i + l - half, i + l + half] of `in` for the eight lanes l.
+[[gnu::always_inline]] inline void MedianLanes(const float* in, float* out, int i, int m) {
+    const int half = m / 2;
+    Lanes w[kNetInputs];
+    for (int t = 0; t < m; ++t) __builtin_memcpy(&w[t], in + i - half + t, sizeof(Lanes));
+    const Lanes low = Lanes{} - std::numeric_limits<float>::infinity();
+    for (int t = m; t < kNetInputs; ++t) w[t] = low;
+        // Fully unrolled, the network's indices are constants and the lanes stay in registers.
+#pragma GCC unroll 64
+    for (const Comparator& c : kNetwork) {
+        const Lanes a = w[c.a];
+        const Lanes b = w[c.b];
+        w[c.a] = a < b ? a : b;
+        w[c.b] = a < b ? b : a;
+    }
+    // Ascending: the padding sorts to the front, so the median sits behind it.
+    __builtin_memcpy(out + i, &w[kNetInputs - m + half], sizeof(Lanes));
+}
+
+// One output the plain way, for the few at the end that do not fill eight lanes.
+inline float MedianOne(const float* in, int i, int m) {
+    const int half = m / 2;
+    float v[kNetInputs];
+    int n = 0;
+    for (int t = 0; t < m; ++t) {
+        const float x = in[i - half + t];
+        int j = n++;
+        for (; j > 0 && x < v[j - 1]; --j) v[j] = v[j - 1];
+        v[j] = x;
+    }
+    return v[half];
+}
+
+[[gnu::always_inline]] inline void MedianShort(const float* in, float* x, int N, int m) {
+    const int half = m / 2;
+    const int last = N - half - 2;
+    int i = half;
+    for (; i + kLanes - 1 <= last; i += kLanes) MedianLanes(in, x, i, m);
+    for (; i <= last; ++i) x[i] = MedianOne(in, i, m);
+}
+
+// One body, compiled twice: with AVX2 the lanes and the window's counts take half the steps.
+[[gnu::always_inline]] inline void MedianAny(const float* in, float* x, int N, int m) {
+    if (m <= kNetInputs - 1 && in) {
+        MedianShort(in, x, N, m);
+    } else if (m <= 16) {
+        MedianPass<16>(x, N, m);
+    } else if (m <= 32) {
+        MedianPass<32>(x, N, m);
+    } else if (m <= 64) {
+        MedianPass<64>(x, N, m);
+    } else {
+        MedianPass<128>(x, N, m);
+    }
+}
+
+__attribute__((target("avx2"))) void MedianAvx2(const float* in, float* x, int N, int m) {
+    MedianAny(in, x, N, m);
+}
+void MedianPlain(const float* in, float* x, int N, int m) {
+    MedianAny(in, x, N, m);
+}
+
+}  // namespace
+
+void ApplyMedianFilter(std::span<float> line, int medianFilter, std::vector<float>* scratch) {
+    const int N = static_cast<int>(line.size());
+    int m = std::min(medianFilter, 127);
+    if (m > N - 3 || m <= 1) return;
+    if (m % 2 == 0) ++m;
+    float* x = line.data();
+    // The lanes read original samples while the outputs overwrite the line: they need a copy.
+    const float* in = nullptr;
+    if (scratch && m < kNetInputs) {
+        scratch->assign(line.begin(), line.end());
+        in = scratch->data();
+    }
+    static const bool avx2 = __builtin_cpu_supports("avx2");
+    if (avx2) {
+        MedianAvx2(in, x, N, m);
+    } else {
+        MedianPlain(in, x, N, m);
+    }
+    const int half = m / 2;
     for (int i = N - half - 1; i <= N - 1; ++i) x[i] = x[i - 1];
     for (int i = 0; i < half; ++i) x[i] = x[half];
 }

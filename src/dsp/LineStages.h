@@ -56,8 +56,10 @@ void SubtractDirectPath(std::span<float> line, std::span<float> avg, int a, int 
 
 // Stage 4: high pass by an odd moving mean of `DCFilter` samples (at most 255).
 void ApplyDCFilter(std::span<float> line, int dcFilter);
-// Stage 5: running median of `MedianFilter` samples (at most 127), odd.
-void ApplyMedianFilter(std::span<float> line, int medianFilter);
+// Stage 5: running median of `MedianFilter` samples (at most 127), odd. With scratch, short
+// windows take a faster road to the same result; scratch is only working room.
+void ApplyMedianFilter(std::span<float> line, int medianFilter,
+                       std::vector<float>* scratch = nullptr);
 
 struct TvgParams {
     float r = 1.0f;      // amplitude ratio of one sample
