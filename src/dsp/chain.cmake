@@ -5,6 +5,7 @@ add_library(halvo_dsp STATIC
     ${CMAKE_CURRENT_SOURCE_DIR}/HalvoDisplayChannelProcessor.cpp
     ${CMAKE_CURRENT_SOURCE_DIR}/HalvoDisplaysDataProcessor.cpp
     ${CMAKE_CURRENT_SOURCE_DIR}/LineStages.cpp
+    ${CMAKE_CURRENT_SOURCE_DIR}/MultiPulseEqualiser.cpp
     ${CMAKE_CURRENT_SOURCE_DIR}/SummedChannelAccumulator.cpp
 )
 target_include_directories(halvo_dsp PUBLIC ${PROJECT_SOURCE_DIR}/src)
