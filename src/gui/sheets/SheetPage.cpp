@@ -52,6 +52,11 @@ bool SheetPage::eventFilter(QObject* watched, QEvent* event) {
     return QWidget::eventFilter(watched, event);
 }
 
+void SheetPage::showEvent(QShowEvent* event) {
+    QWidget::showEvent(event);
+    if (!IsInitialised() || GetChangeCount() != SeenChangeCount()) SafeExchange(kShow);
+}
+
 void SheetPage::OnEditEnter() {
     if (context_.coordinator.TakeEnterFlag() != 0) SafeExchange(kRead);
 }

@@ -34,6 +34,9 @@ class SheetPage : public QWidget, public DoIOHandler {
     void WatchSlider(QAbstractSlider* slider);
 
     bool eventFilter(QObject* watched, QEvent* event) override;
+    // A page coming into view shows the settings at once: the first time, and when they
+    // changed while it was hidden.
+    void showEvent(QShowEvent* event) override;
 
   private:
     // An exchange started by a notification; nothing thrown may leave a Qt slot.
