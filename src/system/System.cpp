@@ -15,8 +15,23 @@
 #include "app/ProgramClock.h"
 #include "app/SystemCoordinator.h"
 #include "core/MessageHub.h"
+#include "dsp/SegyDataProcessor.h"
+#include "dsp/SonarChannelSettings.h"
 #include "nav/NavigationConfig.h"
+#include "nav/NavigationInput.h"
+#include "nav/NavigationText.h"
+#include "net/NetworkHub.h"
+#include "net/SocketManager.h"
+#include "platform/LinuxParallelPort.h"
 #include "platform/TickSource.h"
+#include "sonar/SonarIF.h"
+#include "status/StatusControl.h"
+#include "status/StatusDataProcessor.h"
+#include "status/StatusSources.h"
+#include "status/TerminalBeeper.h"
+#include "storage/LoggingControl.h"
+#include "storage/MessageLogObserver.h"
+#include "storage/PerFileLog.h"
 #include "storage/StorageControl.h"
 #include "storage/StorageDataProcessor.h"
 #include "system/LogNotifier.h"
@@ -38,38 +53,198 @@ System::System(Platform platform) : platform_(platform) {
         ownNotifier_ = std::make_unique<LogNotifier>(*log_);
         notifier_ = ownNotifier_.get();
     }
+    auto report = [this](std::string_view text, std::string_view title) {
+        notifier_->Notify(title, text);
+    };
     hub_ = std::make_unique<MessageHub>(coordinator_->Running());
     overall_ = std::make_unique<OverallConfig>(*coordinator_);
     general_ = std::make_unique<GeneralSettings>(*coordinator_);
     navigation_ = std::make_unique<NavigationConfigStore>(*coordinator_);
     storage_ = std::make_unique<StorageControl>(*coordinator_);
-    recorder_ = std::make_unique<StorageDataProcessor>(hub_->DataBus(), *storage_, platform_.ticks);
-    storage_->SetReporter(
-        [this](std::string_view text, std::string_view title) { notifier_->Notify(title, text); });
+    storage_->SetReporter(report);
+    logging_ = std::make_unique<LoggingControl>(*coordinator_);
+
+    sockets_ = std::make_unique<SocketManager>(platform_.ticks, platform_.socketTimerMs);
+    network_ = std::make_unique<NetworkHub>(*hub_, *sockets_, *clock_, *coordinator_);
+
+    Beeper* beeper = platform_.beeper;
+    if (beeper == nullptr) {
+        ownBeeper_ = std::make_unique<TerminalBeeper>();
+        beeper = ownBeeper_.get();
+    }
+    statusControl_ = std::make_unique<StatusControl>(*coordinator_);
+    statusControl_->SetReporter(report);
+    status_ = std::make_unique<StatusDataProcessor>(
+        StatusDataProcessor::Parts{*statusControl_, hub_->DataBus(), *general_, *log_, *beeper,
+                                   coordinator_->Running(), [this] { return clock_->Tick(); }});
+
+    stamping_ = std::make_unique<SegyDataProcessor>(*clock_, *general_, *navigation_, *notifier_);
+    parallel_ = std::make_unique<LinuxParallelPort>();
+    serial_ = std::make_unique<NavigationInput>(
+        *navigation_, hub_->DataBus(), [this] { return clock_->Now(); },
+        [this] { return storage_->isPlaybackMode(); }, *parallel_, coordinator_->Running());
+
+    dataLog_ = std::make_unique<MessageLogObserver>(LogStream::Data, *logging_, *log_);
+    commandLog_ = std::make_unique<MessageLogObserver>(LogStream::Command, *logging_, *log_);
+    MakeRecorder();
     WireSequence();
 }
 
 System::~System() {
     Ending(false);
+    StopThreads();
+}
+
+// Threads stop while everything they touch still exists: the sockets, the serial readers, the
+// status writer; the buses stop with the hub, last.
+void System::StopThreads() {
+    if (network_) network_->StopNetwork();
+    if (sockets_) sockets_->Stop();
+    if (serial_) serial_->Stop();
+    status_.reset();
+}
+
+void System::MakeRecorder() {
+    StorageDataProcessor::Hooks hooks;
+    hooks.playback.gpsFlags = [this] { return general_->Snapshot().GPSFlags; };
+    hooks.playback.firstChannelOf = [this](std::uint8_t subsystem) -> std::optional<int> {
+        if (!sonar_) return std::nullopt;
+        for (int i = 0; i < SonarIF::kSonars; ++i) {
+            const SonarConfig s = sonar_->GetSonar(i);
+            if (s.subsystem == subsystem) return s.channelOffset;
+        }
+        return std::nullopt;
+    };
+    hooks.events = log_.get();
+    hooks.logging = logging_.get();
+    hooks.notifier = notifier_;
+    hooks.snapshot.now = [this] { return clock_->Now(); };
+    hooks.snapshot.markNumber = [this] { return status_ ? status_->getRecord().markNumber : 0; };
+    hooks.snapshot.parameterChanges = [this] { return sonar_ ? sonar_->GetChangeCount() : 0; };
+    hooks.snapshot.gps = [this] {
+        const StatusRecord r = status_->getRecord();
+        return GpsSnapshot{r.time, r.position, r.speed, r.markNumber};
+    };
+    hooks.snapshot.sensors = [this] {
+        const StatusRecord r = status_->getRecord();
+        return SensorSnapshot{r.attitude, r.depth / 1000.0, r.pressure / 1000.0};
+    };
+    hooks.snapshot.sonars = [this] {
+        std::vector<SonarSnapshot> out;
+        if (!sonar_) return out;
+        const StatusRecord r = status_->getRecord();
+        for (int i = 0; i < sonar_->GetNumSonars() && i < SonarIF::kSonars; ++i) {
+            const SonarConfig s = sonar_->GetSonar(i);
+            SonarSnapshot snap;
+            snap.index = i;
+            snap.firstChannel = s.InUse() ? s.channelOffset : 63;
+            snap.on = s.sonarOn;
+            if (snap.firstChannel >= 0 && snap.firstChannel < StatusRecord::kChannels) {
+                snap.pingNumber = static_cast<int>(r.ping[snap.firstChannel]);
+                snap.adcRate = r.sampleRate[snap.firstChannel];
+            }
+            snap.dataType = s.dataType == SonarConfig::DataRaw        ? 2
+                            : s.dataType == SonarConfig::DataAnalytic ? 1
+                                                                      : 0;
+            snap.rangeMode = s.rangeOrRate == SonarConfig::RangeMeters;
+            snap.rateOrRange = s.pingRate;
+            snap.trigger = s.trigger;
+            snap.delay = s.delay;
+            snap.depth = s.depth;
+            snap.decimationPre = s.frameDecimator;
+            snap.decimationPost = s.pixelDecimator;
+            snap.mux = static_cast<unsigned>(s.specialOptions);
+            for (int c = 0; c < s.inputChannels && c < SonarConfig::kMaxChannels; ++c) {
+                ChannelGainSnapshot g;
+                g.automatic = s.agc[c] != 0;
+                g.manualGain = s.gain[c];
+                const int abs = s.channelOffset + c;
+                if (abs >= 0 && abs < StatusRecord::kChannels) g.measuredGain = r.gain[abs];
+                snap.gains.push_back(g);
+            }
+            snap.dacGain = s.overallPower;
+            snap.pulse = s.pulse;
+            out.push_back(std::move(snap));
+        }
+        return out;
+    };
+    recorder_ = std::make_unique<StorageDataProcessor>(hub_->DataBus(), *storage_, platform_.ticks,
+                                                       std::move(hooks));
+}
+
+void System::MakeSonar() {
+    // The first use of the sonar model makes the controller, which attaches to the command bus
+    // ahead of the network endpoint.
+    sonar_ = std::make_unique<SonarIF>(*coordinator_, *hub_, platform_.ticks, *storage_,
+                                       overall_->Snapshot().configType);
+    sonar_->Controller().SetConnectionCount(
+        [this] { return network_->GetStatus()[0].connectionCount; });
 }
 
 void System::WireSequence() {
     sequence_[Component::General] = {[this] { general_->Load(); }, [this] { general_->Save(); },
                                      [this] { general_->Start(); }};
-    sequence_[Component::Navigation] = {
-        [this] { navigation_->Load(); }, [this] { navigation_->Save(); }, {}};
-    sequence_[Component::Hub] = {{}, {}, [this] {
+    sequence_[Component::Navigation] = {[this] {
+                                            navigation_->Load();
+                                            stamping_->RefreshNavigationConfig();
+                                        },
+                                        [this] { navigation_->Save(); },
+                                        {}};
+    // Stamping attaches to the data bus, then the serial readers start.
+    sequence_[Component::Stamping] = {
+        {}, {}, [this] {
+            stamping_->SetSonarChannels(LoadSonarChannels(*coordinator_));
+            hub_->DataBus().Attach(stamping_.get());
+            serial_->Start();
+        }};
+    sequence_[Component::Sonar] = {[this] {
+                                       if (sonar_) sonar_->Load();
+                                   },
+                                   [this] {
+                                       if (sonar_) sonar_->Save();
+                                   },
+                                   [this] {
+                                       if (sonar_) sonar_->Start();
+                                   }};
+    // The buses start first, then the endpoints.
+    sequence_[Component::Hub] = {[this] { network_->Load(); }, [this] { network_->Save(); },
+                                 [this] {
                                      hub_->Start(platform_.busQueue != 0
                                                      ? platform_.busQueue
                                                      : MessageProcessor::kDefaultQueueSize);
+                                     network_->StartNetwork();
                                  }};
-    // The recorder registers itself on the bus at the first settings change, like the page does.
+    // The recorder registers itself on the bus at the first settings change, as the page does.
     sequence_[Component::Storage] = {
         [this] { storage_->Load(); }, [this] { storage_->Save(); },
         [this] {
             storage_->SetProcessorStarter([this] { recorder_->Start(); });
             storage_->setSettings(storage_->getSettings());
         }};
+    sequence_[Component::Status] = {
+        [this] { statusControl_->Load(); }, [this] { statusControl_->Save(); },
+        [this] {
+            StatusSources sources;
+            PlugStorage(sources, *storage_);
+            sources.navStatus = [this] { return stamping_->getNavStatus(); };
+            const auto gps = [this] { return general_->Snapshot().GPSFlags; };
+            sources.positionText = [gps](const ConstTraceHeaderView& th) {
+                return PositionText(th, gps());
+            };
+            sources.timeText = [](const ConstTraceHeaderView& th) { return TimeText(th); };
+            sources.speedText = [](const ConstTraceHeaderView& th) { return SpeedCourseText(th); };
+            sources.attitudeText = [this](const ConstTraceHeaderView& th) {
+                return AttitudeText(th, general_->Snapshot().WaterSoundSpeed);
+            };
+            status_->SetSources(std::move(sources));
+            status_->start();
+        }};
+    // The message lines of the event log watch both buses from the first stage.
+    sequence_[Component::Logs] = {[this] { logging_->Load(); }, [this] { logging_->Save(); },
+                                  [this] {
+                                      hub_->DataBus().Attach(dataLog_.get());
+                                      hub_->CommandBus().Attach(commandLog_.get());
+                                  }};
 }
 
 void System::ReadInstallation() {
@@ -98,7 +273,8 @@ void System::Startup(MainWindowHost* host, std::string_view defaultsFile) {
     ReadInstallation();
     coordinator_->SetActiveProfile(defaults);
     overall_->Load();
-    if (sequence_[Component::Sonar].reload) sequence_[Component::Sonar].reload();
+    MakeSonar();
+    sonar_->Load();
     // A defaults-file prompt survives in the settings but is never put to the operator at
     // start: the defaults file is always the one in the working folder.
     if (overall_->Snapshot().promptForDefaultsFile != 0)
@@ -197,16 +373,52 @@ void System::Ending(bool save) {
     ended_ = true;
     if (save && started_) SaveFile();
     if (!started_) return;
+    StopSonars();
+    network_->StopNetwork();
+    sockets_->Stop();
     // Late writes of anybody go to a scratch file, never the operator's defaults.
     coordinator_->SetActiveProfile(SystemCoordinator::kShutdownFile);
     coordinator_->Running().Clear();
     std::this_thread::sleep_for(std::chrono::milliseconds(200));
 }
 
+// Sonars in use are told to stop transmitting, and their status is asked for until the replies
+// show the link is alive; a silent sonar costs at most three seconds.
+void System::StopSonars() {
+    if (!sonar_) return;
+    bool any = false;
+    const int sonars = std::min(sonar_->GetNumSonars(), 3);
+    for (int i = 0; i < sonars; ++i) {
+        const SonarConfig s = sonar_->GetSonar(i);
+        if (!s.InUse()) continue;
+        any = true;
+        if (s.sonarOn == 1) {
+            std::uint8_t off[4] = {0, 0, 0, 0};
+            hub_->SendCommand(off, sizeof off, MsgSonarOn, 0, DirSet, s.subsystem);
+        }
+    }
+    if (!any) return;
+    const int before = sonar_->GetReplyCount();
+    for (int i = 0; i < 4; ++i) hub_->SendCommand(nullptr, 0, MsgSystemStatus, 0, DirQuery, 0);
+    for (int poll = 0; poll < kEndingPolls; ++poll) {
+        if (sonar_->GetReplyCount() - before > 2) break;
+        std::this_thread::sleep_for(std::chrono::milliseconds(kEndingPollMs));
+    }
+}
+
 Housekeeping::Sources System::HousekeepingSources() {
     Housekeeping::Sources s;
     s.tick = [this] { return clock_->Tick(); };
     s.isPlayback = [this] { return storage_->isPlaybackMode(); };
+    s.statusLine = [this] { return status_->statusLine(); };
+    s.sonarTick = [this] {
+        if (sonar_) sonar_->Tick();
+    };
+    s.sonarLinkWord = [this] {
+        return static_cast<std::uint32_t>(network_->GetStatus()[0].connectionCount);
+    };
+    s.alertWord = [this] { return status_->getAlerts(); };
+    s.sonarChangeCount = [this] { return sonar_ ? sonar_->GetChangeCount() : 0; };
     s.recorder = [this] {
         const StorageStatus st = storage_->getStatus();
         RecorderIndicator r;

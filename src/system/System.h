@@ -18,8 +18,19 @@
 
 namespace halvo {
 
+class Beeper;
+class LinuxParallelPort;
+class LoggingControl;
+class MessageLogObserver;
+class NavigationInput;
+class SegyDataProcessor;
 class EventLog;
 class GeneralSettings;
+class NetworkHub;
+class SocketManager;
+class SonarIF;
+class StatusControl;
+class StatusDataProcessor;
 class MainWindowHost;
 class MessageHub;
 class NavigationConfigStore;
@@ -38,7 +49,9 @@ class System {
         TickSource& ticks;
         SystemClock& systemClock;
         Notifier* notifier = nullptr;  // null: notices go to the event log
+        Beeper* beeper = nullptr;      // null: the terminal bell
         std::size_t busQueue = 0;      // 0: the bus default
+        int socketTimerMs = 1000;      // the socket thread's once-a-second checks
     };
 
     // Section Main of the defaults file.
@@ -94,6 +107,16 @@ class System {
     StorageControl& Storage() { return *storage_; }
     StorageDataProcessor& Recorder() { return *recorder_; }
     TickSource& Ticks() { return platform_.ticks; }
+    SocketManager& Sockets() { return *sockets_; }
+    NetworkHub& Network() { return *network_; }
+    // Made at start-up, once the installation's configuration type is known.
+    SonarIF& Sonar() { return *sonar_; }
+    bool HasSonar() const { return sonar_ != nullptr; }
+    StatusControl& StatusSettings() { return *statusControl_; }
+    SegyDataProcessor& Stamping() { return *stamping_; }
+    NavigationInput& SerialInput() { return *serial_; }
+    LoggingControl& Logging() { return *logging_; }
+    StatusDataProcessor& Status() { return *status_; }
 
   private:
     void ReadInstallation();
@@ -103,6 +126,10 @@ class System {
     void WriteMain();
     void LoadRecentFiles();
     void SaveRecentFiles();
+    void StopSonars();
+    void MakeSonar();
+    void MakeRecorder();
+    void StopThreads();
 
     Platform platform_;
     std::unique_ptr<Notifier> ownNotifier_;
@@ -116,6 +143,18 @@ class System {
     std::unique_ptr<NavigationConfigStore> navigation_;
     std::unique_ptr<StorageControl> storage_;
     std::unique_ptr<StorageDataProcessor> recorder_;
+    std::unique_ptr<LoggingControl> logging_;
+    std::unique_ptr<MessageLogObserver> dataLog_;
+    std::unique_ptr<MessageLogObserver> commandLog_;
+    std::unique_ptr<SegyDataProcessor> stamping_;
+    std::unique_ptr<LinuxParallelPort> parallel_;
+    std::unique_ptr<NavigationInput> serial_;
+    std::unique_ptr<SocketManager> sockets_;
+    std::unique_ptr<NetworkHub> network_;
+    std::unique_ptr<SonarIF> sonar_;
+    std::unique_ptr<Beeper> ownBeeper_;
+    std::unique_ptr<StatusControl> statusControl_;
+    std::unique_ptr<StatusDataProcessor> status_;
 
     SystemSequence sequence_;
     MainValues main_;
