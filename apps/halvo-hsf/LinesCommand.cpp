@@ -1,0 +1,193 @@
+#include "halvo-hsf/LinesCommand.h"
+
+#include <time.h>
+
+#include <CLI/CLI.hpp>
+#include <cstdio>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "app/GeneralSettings.h"
+#include "app/Notifier.h"
+#include "app/ProgramClock.h"
+#include "app/SystemCoordinator.h"
+#include "core/MessageHub.h"
+#include "core/MessageTypes.h"
+#include "core/Normalise.h"
+#include "display/DisplayProcessingSet.h"
+#include "dsp/DisplayLineOutput.h"
+#include "dsp/HalvoDisplaysDataProcessor.h"
+#include "dsp/SegyDataProcessor.h"
+#include "dsp/SonarChannelMap.h"
+#include "dsp/SonarChannelSettings.h"
+#include "halvo-hsf/RecordJson.h"
+#include "nav/NavigationConfig.h"
+#include "platform/MonotonicTickSource.h"
+#include "platform/SystemClock.h"
+#include "storage/HsfReader.h"
+
+namespace halvo::hsf {
+
+namespace {
+
+struct LinesOptions {
+    std::string file;
+    std::string settings;
+    int display = -1;
+};
+
+// The wall clock for a tool that only reads files: it reads the time and never sets it, whatever
+// the navigation in the file says.
+class ReadOnlyClock final : public SystemClock {
+  public:
+    SystemTimeReading Read() override {
+        timespec ts{};
+        ::clock_gettime(CLOCK_REALTIME, &ts);
+        return {static_cast<std::int64_t>(ts.tv_sec),
+                static_cast<std::int32_t>(ts.tv_nsec / 1000000)};
+    }
+    bool Set(const UtcDateTime&) override { return false; }
+};
+
+std::string Base64(const std::vector<std::uint8_t>& bytes) {
+    static constexpr char kDigits[] =
+        "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+    std::string out;
+    out.reserve((bytes.size() + 2) / 3 * 4);
+    std::size_t i = 0;
+    for (; i + 2 < bytes.size(); i += 3) {
+        const std::uint32_t v = (bytes[i] << 16) | (bytes[i + 1] << 8) | bytes[i + 2];
+        out += kDigits[(v >> 18) & 63];
+        out += kDigits[(v >> 12) & 63];
+        out += kDigits[(v >> 6) & 63];
+        out += kDigits[v & 63];
+    }
+    if (i < bytes.size()) {
+        const bool two = i + 1 < bytes.size();
+        const std::uint32_t v = (bytes[i] << 16) | (two ? bytes[i + 1] << 8 : 0);
+        out += kDigits[(v >> 18) & 63];
+        out += kDigits[(v >> 12) & 63];
+        out += two ? kDigits[(v >> 6) & 63] : '=';
+        out += '=';
+    }
+    return out;
+}
+
+void PrintLine(const SonarDataCacheElement& e) {
+    Json j;
+    j["display"] = e.displayIndex;
+    j["ping"] = e.Header().GetInt(TraceField::PingNumber);
+    j["size"] = e.size;
+    j["startDepth"] = e.startDepth;
+    j["dualChannel"] = e.dualChannel;
+    j["bottomSample"] = e.bottomSample;
+    j["heaveSamples"] = e.heaveSamples;
+    j["reflection"] = e.reflection;
+    j["gain"] = e.gain;
+    j["pixels"] = Base64(e.pixels);
+    j["rawPixels"] = Base64(e.rawPixels);
+    std::fputs(Line(j).c_str(), stdout);
+    std::fputc('\n', stdout);
+}
+
+// Everything one play needs, built as the program builds it, on the tool's own objects.
+class LinePlayer {
+  public:
+    explicit LinePlayer(const LinesOptions& o)
+        : options_(o),
+          clock_(ticks_, wall_),
+          general_(coordinator_),
+          navigation_(coordinator_),
+          set_(coordinator_, general_),
+          output_(set_.Queue(), [] { return true; }, coordinator_.Running(), {}),
+          segy_(clock_, general_, navigation_, notifier_),
+          displays_(set_, general_, output_, &sonars_) {
+        coordinator_.SetActiveProfile(o.settings);
+        coordinator_.Running().Raise();
+        general_.Load();
+        navigation_.Load();
+        set_.Start();
+        for (int i = 0; i < DisplayProcessingSet::kDisplays; ++i) set_.UseDisplay();
+        const std::vector<SonarChannelBase> sonars = LoadSonarChannels(coordinator_);
+        std::vector<FixedSonarChannelMap::Sonar> map;
+        for (const SonarChannelBase& s : sonars) map.push_back({s.subsystem, s.firstChannel});
+        sonars_ = FixedSonarChannelMap(std::move(map));
+        segy_.SetSonarChannels(sonars);
+    }
+
+    void Play(SonarMessage& m) {
+        SonarMessage normal = Normalise(m, SystemUtcSeconds);
+        if (normal) m = std::move(normal);
+        segy_.ProcessMessage(&m, SourcePlayback, 0);
+        displays_.DeliverMessage(&m, SourcePlayback, 0);
+        // Drained after every record, so the queue never fills and playback never waits.
+        DisplayQueueEntry entry;
+        while (set_.Queue().Take(entry)) {
+            if (!entry.element) continue;
+            if (options_.display < 0 || entry.element->displayIndex == options_.display) {
+                PrintLine(*entry.element);
+            }
+        }
+    }
+
+  private:
+    const LinesOptions& options_;
+    SystemCoordinator coordinator_;
+    MonotonicTickSource ticks_;
+    ReadOnlyClock wall_;
+    ProgramClock clock_;
+    GeneralSettings general_;
+    NavigationConfigStore navigation_;
+    SilentNotifier notifier_;
+    DisplayProcessingSet set_;
+    DisplayLineOutput output_;
+    FixedSonarChannelMap sonars_;
+    SegyDataProcessor segy_;
+    HalvoDisplaysDataProcessor displays_;
+};
+
+int RunLines(const LinesOptions& o) {
+    HsfReader reader;
+    if (!reader.Open(o.file)) {
+        std::fprintf(stderr, "halvo-hsf lines: %s\n", reader.Error().c_str());
+        return 1;
+    }
+    auto player = std::make_unique<LinePlayer>(o);
+    for (;;) {
+        SonarMessage m;
+        const ReadStatus status = reader.Next(m);
+        if (status == ReadStatus::Deferred) continue;
+        if (status != ReadStatus::Record) {
+            std::fflush(stdout);
+            if (status == ReadStatus::EndOfFile) return 0;
+            std::fprintf(stderr, "halvo-hsf lines: %s at offset %lld: %s\n",
+                         std::string(StateWord(status)).c_str(),
+                         static_cast<long long>(reader.RecordOffset()), reader.Error().c_str());
+            return 1;
+        }
+        player->Play(m);
+    }
+}
+
+}  // namespace
+
+void AddLinesCommand(CLI::App& app, int& exitCode) {
+    auto options = std::make_shared<LinesOptions>();
+    CLI::App* cmd = app.add_subcommand(
+        "lines", "Play a data file through the display chain; one JSON object per display line");
+    cmd->add_option("FILE", options->file, "data file")->required()->check(CLI::ExistingFile);
+    cmd->add_option("--settings", options->settings,
+                    "operator settings file (.Hni) with the display and general sections")
+        ->required()
+        ->check(CLI::ExistingFile);
+    cmd->add_option("--display", options->display, "print only the lines of this display (0-9)")
+        ->check(CLI::Range(0, 9));
+    cmd->footer(
+        "Fields: display, ping (Ping Number of the line's header), size, startDepth, dualChannel,\n"
+        "bottomSample, heaveSamples, reflection, gain, pixels and rawPixels (base64). Exit status\n"
+        "0 at the end of the file, 1 when reading fails.");
+    cmd->callback([options, &exitCode] { exitCode = RunLines(*options); });
+}
+
+}  // namespace halvo::hsf
