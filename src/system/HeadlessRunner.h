@@ -18,6 +18,7 @@ struct HeadlessOptions {
     std::string settings;           // defaults file; empty: ./HalvoDefaults.Hni
     double durationSeconds = 0;     // 0: until stopped
     bool record = false;            // press Record once started
+    bool ping = false;              // switch every sonar in use on once started
     std::vector<std::string> play;  // files to play in turn
     std::uint32_t tickMs = 250;     // the housekeeping period
 };
