@@ -13,11 +13,11 @@ CColorStatusBar::CColorStatusBar(QWidget* parent) : QStatusBar(parent) {
     for (Pane& p : panes_) {
         p.label = new QLabel(this);
         p.label->setTextFormat(Qt::PlainText);
-        p.label->setFrameStyle(QFrame::Panel | QFrame::Sunken);
+        p.label->setFrameStyle(QFrame::NoFrame);
         p.label->setAlignment(Qt::AlignCenter);
         p.label->setAutoFillBackground(true);
-        p.label->setContentsMargins(6, 0, 6, 0);
-        p.label->setMinimumWidth(64);
+        // Wide enough for the longest indicator, so panes do not jump as their texts change.
+        p.label->setMinimumWidth(p.label->fontMetrics().horizontalAdvance("Record:OFF") + 16);
         p.label->hide();
         addPermanentWidget(p.label);
         Repaint(p);

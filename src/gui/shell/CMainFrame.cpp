@@ -288,14 +288,19 @@ void CMainFrame::dragEnterEvent(QDragEnterEvent* event) {
 }
 
 void CMainFrame::dropEvent(QDropEvent* event) {
-    // Only the first file is played, as the operator would drop one survey line at a time.
-    for (const QUrl& url : event->mimeData()->urls()) {
+    if (PlayDropped(*event->mimeData())) event->acceptProposedAction();
+}
+
+bool CMainFrame::PlayDropped(const QMimeData& mime) {
+    // Only the first file is played: one survey line at a time.
+    if (!mime.hasUrls() || !commands_.playFile) return false;
+    for (const QUrl& url : mime.urls()) {
         if (url.isLocalFile()) {
             PlayFile(url.toLocalFile().toStdString());
-            event->acceptProposedAction();
-            return;
+            return true;
         }
     }
+    return false;
 }
 
 void CMainFrame::ShowPlacement(const WindowPlacement& placement) {

@@ -20,6 +20,7 @@
 class QAction;
 class QMdiArea;
 class QMenu;
+class QMimeData;
 
 namespace halvo {
 
@@ -70,6 +71,8 @@ class CMainFrame : public QMainWindow, public MainWindowHost {
     void SaveConfiguration();
     void OpenRecent(const std::string& file);
     void PlayFile(const std::string& file);
+    // What a drop on the window does: plays its first local file. False when there was none.
+    bool PlayDropped(const QMimeData& mime);
     void Exit(bool save);
     void SetFileChooser(FileChooser chooser) { chooser_ = std::move(chooser); }
 
