@@ -5,6 +5,7 @@
 
 #include "halvo-hsf/DumpCommand.h"
 #include "halvo-hsf/InfoCommand.h"
+#include "halvo-hsf/LinesCommand.h"
 
 int main(int argc, char** argv) {
     CLI::App app{"halvo-hsf: look into sonar data files (.hsf and the legacy trace layout)"};
@@ -12,6 +13,7 @@ int main(int argc, char** argv) {
     int exitCode = 0;
     halvo::hsf::AddInfoCommand(app, exitCode);
     halvo::hsf::AddDumpCommand(app, exitCode);
+    halvo::hsf::AddLinesCommand(app, exitCode);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& e) {
