@@ -1,30 +1,22 @@
 #include "halvo-hsf/LinesCommand.h"
 
-#include <time.h>
-
 #include <CLI/CLI.hpp>
 #include <cstdio>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "app/GeneralSettings.h"
-#include "app/Notifier.h"
-#include "app/ProgramClock.h"
 #include "app/SystemCoordinator.h"
-#include "core/MessageHub.h"
 #include "core/MessageTypes.h"
-#include "core/Normalise.h"
 #include "display/DisplayProcessingSet.h"
 #include "dsp/DisplayLineOutput.h"
 #include "dsp/HalvoDisplaysDataProcessor.h"
-#include "dsp/SegyDataProcessor.h"
 #include "dsp/SonarChannelMap.h"
 #include "dsp/SonarChannelSettings.h"
 #include "halvo-hsf/RecordJson.h"
-#include "nav/NavigationConfig.h"
-#include "platform/MonotonicTickSource.h"
-#include "platform/SystemClock.h"
+#include "halvo-hsf/StampPipeline.h"
 #include "storage/HsfReader.h"
 
 namespace halvo::hsf {
@@ -35,19 +27,6 @@ struct LinesOptions {
     std::string file;
     std::string settings;
     int display = -1;
-};
-
-// The wall clock for a tool that only reads files: it reads the time and never sets it, whatever
-// the navigation in the file says.
-class ReadOnlyClock final : public SystemClock {
-  public:
-    SystemTimeReading Read() override {
-        timespec ts{};
-        ::clock_gettime(CLOCK_REALTIME, &ts);
-        return {static_cast<std::int64_t>(ts.tv_sec),
-                static_cast<std::int32_t>(ts.tv_nsec / 1000000)};
-    }
-    bool Set(const UtcDateTime&) override { return false; }
 };
 
 std::string Base64(const std::vector<std::uint8_t>& bytes) {
@@ -91,35 +70,31 @@ void PrintLine(const SonarDataCacheElement& e) {
     std::fputc('\n', stdout);
 }
 
-// Everything one play needs, built as the program builds it, on the tool's own objects.
+// The display chain behind playback's own steps (preparation, normalisation and stamping on the
+// file's clock, in StampPipeline), with the display settings of the same file.
 class LinePlayer {
   public:
     explicit LinePlayer(const LinesOptions& o)
         : options_(o),
-          clock_(ticks_, wall_),
+          stamping_(o.settings),
           general_(coordinator_),
-          navigation_(coordinator_),
           set_(coordinator_, general_),
           output_(set_.Queue(), [] { return true; }, coordinator_.Running(), {}),
-          segy_(clock_, general_, navigation_, notifier_),
           displays_(set_, general_, output_, &sonars_) {
         coordinator_.SetActiveProfile(o.settings);
         coordinator_.Running().Raise();
         general_.Load();
-        navigation_.Load();
         set_.Start();
         for (int i = 0; i < DisplayProcessingSet::kDisplays; ++i) set_.UseDisplay();
-        const std::vector<SonarChannelBase> sonars = LoadSonarChannels(coordinator_);
         std::vector<FixedSonarChannelMap::Sonar> map;
-        for (const SonarChannelBase& s : sonars) map.push_back({s.subsystem, s.firstChannel});
+        for (const SonarChannelBase& s : LoadSonarChannels(coordinator_)) {
+            map.push_back({s.subsystem, s.firstChannel});
+        }
         sonars_ = FixedSonarChannelMap(std::move(map));
-        segy_.SetSonarChannels(sonars);
     }
 
-    void Play(SonarMessage& m) {
-        SonarMessage normal = Normalise(m, SystemUtcSeconds);
-        if (normal) m = std::move(normal);
-        segy_.ProcessMessage(&m, SourcePlayback, 0);
+    void Play(SonarMessage m) {
+        m = stamping_.Process(std::move(m));
         displays_.DeliverMessage(&m, SourcePlayback, 0);
         // Drained after every record, so the queue never fills and playback never waits.
         DisplayQueueEntry entry;
@@ -133,17 +108,12 @@ class LinePlayer {
 
   private:
     const LinesOptions& options_;
+    StampPipeline stamping_;
     SystemCoordinator coordinator_;
-    MonotonicTickSource ticks_;
-    ReadOnlyClock wall_;
-    ProgramClock clock_;
     GeneralSettings general_;
-    NavigationConfigStore navigation_;
-    SilentNotifier notifier_;
     DisplayProcessingSet set_;
     DisplayLineOutput output_;
     FixedSonarChannelMap sonars_;
-    SegyDataProcessor segy_;
     HalvoDisplaysDataProcessor displays_;
 };
 
@@ -166,7 +136,7 @@ int RunLines(const LinesOptions& o) {
                          static_cast<long long>(reader.RecordOffset()), reader.Error().c_str());
             return 1;
         }
-        player->Play(m);
+        player->Play(std::move(m));
     }
 }
 
