@@ -229,6 +229,8 @@ void HalvoDisplayChannelProcessor::DirectPath() {
 }
 
 void HalvoDisplayChannelProcessor::TrackBottom(SonarDataCacheElement& element) {
+    // Only meaningful inside the line procedure, which supplies the units.
+    if (!general_) return;
     const std::int64_t n = static_cast<std::int64_t>(line_.size());
     const std::int64_t start = element.startDepth;
     const float holdoff = static_cast<float>(Samples(snap_.Holdoff) - start);

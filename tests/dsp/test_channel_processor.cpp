@@ -339,6 +339,64 @@ TEST(ChannelProcessor, SoundSpeedReportsSetTheWaterSpeed) {
     EXPECT_EQ(rig.general.Snapshot().WaterSoundSpeed, 1);
 }
 
+TEST(ChannelProcessor, HostileTracesAndSettingsStayDefined) {
+    // Random headers, bytes and settings (run under the sanitizers in CI): every line that comes
+    // out has both byte lines of its stated size.
+    std::uint32_t seed = 2024;
+    auto next = [&seed] {
+        seed = seed * 1664525u + 1013904223u;
+        return seed;
+    };
+    auto wild = [&next] {
+        const float choices[] = {0, -1, 1e30f, -1e30f, NAN, INFINITY, 3.5f, 127, 600};
+        return choices[next() % 9];
+    };
+    ChainRig rig;
+    for (int round = 0; round < 300; ++round) {
+        rig.Configure(0, 0, [&](DisplayProcessingConfig& r) {
+            r.Gain = static_cast<int>(next() % 801) - 400;
+            r.TVG = static_cast<int>(next());
+            r.TVGLimit = static_cast<int>(next() % 2000);
+            r.RefGain0 = wild();
+            r.TVGStart = wild();
+            r.TrackRange = wild();
+            r.TrackThreshold = wild();
+            r.Holdoff = static_cast<int>(next());
+            r.HeaveSource = static_cast<int>(next() % 3);
+            r.HeaveTimeConst = static_cast<int>(next() % 600);
+            r.MedianFilter = static_cast<int>(next() % 200);
+            r.DCFilter = static_cast<int>(next() % 300);
+            r.DirectPathEnable = 1;
+            r.DirectPath0 = wild();
+            r.DirectPathn = wild();
+            r.DirectPathTraces = static_cast<int>(next() % 5) - 1;
+            r.RCTimeConst = wild();
+            r.DualChannel = static_cast<int>(next() % 3);
+            r.MPXOptions = static_cast<int>(next() % 128);
+        });
+        rig.general.Modify([&](GeneralValues& g) {
+            g.UserUnits = static_cast<int>(next() % 3);
+            g.WaterSoundSpeed = static_cast<int>(next() % 3000) - 10;
+        });
+        TraceBuild b;
+        b.format = static_cast<int>(next() % 12);
+        b.ping = static_cast<int>(next());
+        b.channel = static_cast<int>(next() % 2);
+        b.intervalNs = static_cast<int>(next());
+        b.startDepth = static_cast<int>(next());
+        b.weighting = static_cast<std::int16_t>(next());
+        b.heave = static_cast<std::int16_t>(next());
+        std::vector<std::int16_t> v(next() % 300);
+        for (auto& x : v) x = static_cast<std::int16_t>(next());
+        SonarMessage m = MakeTrace(b, v);
+        rig.Deliver(m);
+        for (const auto& e : rig.Lines()) {
+            ASSERT_EQ(e->pixels.size(), static_cast<std::size_t>(e->size));
+            ASSERT_EQ(e->rawPixels.size(), static_cast<std::size_t>(e->size));
+        }
+    }
+}
+
 class CountingPrinter : public LinePrinterIF {
   public:
     void OfferLine(const SonarDataCacheElement&) override { ++lines; }
