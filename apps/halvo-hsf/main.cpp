@@ -6,6 +6,7 @@
 #include "halvo-hsf/DumpCommand.h"
 #include "halvo-hsf/InfoCommand.h"
 #include "halvo-hsf/LinesCommand.h"
+#include "halvo-hsf/RenderCommand.h"
 
 int main(int argc, char** argv) {
     CLI::App app{"halvo-hsf: look into sonar data files (.hsf and the legacy trace layout)"};
@@ -14,6 +15,7 @@ int main(int argc, char** argv) {
     halvo::hsf::AddInfoCommand(app, exitCode);
     halvo::hsf::AddDumpCommand(app, exitCode);
     halvo::hsf::AddLinesCommand(app, exitCode);
+    halvo::hsf::AddRenderCommand(app, exitCode);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& e) {
