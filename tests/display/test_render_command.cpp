@@ -1,0 +1,158 @@
+// End to end: a generated data file drawn by `halvo-hsf render`, the PNG read back with zlib, and
+// its columns compared with the plot's own columns of the lines `halvo-hsf lines` reports.
+
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <zlib.h>
+
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <nlohmann/json.hpp>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "app/TempWorkDir.h"
+#include "display/SonarDataCacheElement.h"
+#include "display/WaterfallImage.h"
+#include "display/WaterfallPlot.h"
+#include "storage/HsfTestWriter.h"
+
+namespace halvo {
+namespace {
+
+std::string Tool(const std::string& args, int& status) {
+    const std::string cmd = std::string(HALVO_HSF_BIN) + " " + args + " 2>/dev/null";
+    std::string out;
+    FILE* p = ::popen(cmd.c_str(), "r");
+    if (!p) return out;
+    char buf[65536];
+    for (std::size_t n; (n = std::fread(buf, 1, sizeof buf, p)) > 0;) out.append(buf, n);
+    const int raw = ::pclose(p);
+    status = WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
+    return out;
+}
+
+std::uint32_t BE32(const std::string& s, std::size_t at) {
+    return (std::uint32_t(std::uint8_t(s[at])) << 24) |
+           (std::uint32_t(std::uint8_t(s[at + 1])) << 16) |
+           (std::uint32_t(std::uint8_t(s[at + 2])) << 8) | std::uint8_t(s[at + 3]);
+}
+
+// Only what the writer makes: 8-bit RGB, no interlace, filter 0 on every row.
+struct Png {
+    std::uint32_t width = 0, height = 0;
+    std::vector<std::uint8_t> rgb;
+    bool Read(const std::string& path) {
+        std::ifstream in(path, std::ios::binary);
+        const std::string s((std::istreambuf_iterator<char>(in)), {});
+        if (s.size() < 8 || s.compare(1, 3, "PNG") != 0) return false;
+        std::string idat;
+        for (std::size_t at = 8; at + 12 <= s.size();) {
+            const std::uint32_t len = BE32(s, at);
+            if (at + 12 + len > s.size()) return false;
+            const std::string type = s.substr(at + 4, 4);
+            const auto* data = reinterpret_cast<const Bytef*>(s.data() + at + 4);
+            if (crc32(0, data, len + 4) != BE32(s, at + 8 + len)) return false;
+            if (type == "IHDR") width = BE32(s, at + 8), height = BE32(s, at + 12);
+            if (type == "IDAT") idat += s.substr(at + 8, len);
+            at += 12 + len;
+        }
+        std::vector<std::uint8_t> raw(std::size_t{height} * (width * 3 + 1));
+        uLongf size = raw.size();
+        if (uncompress(raw.data(), &size, reinterpret_cast<const Bytef*>(idat.data()),
+                       idat.size()) != Z_OK ||
+            size != raw.size())
+            return false;
+        for (std::uint32_t y = 0; y < height; ++y) {
+            const std::uint8_t* row = raw.data() + y * (width * 3 + 1);
+            if (row[0] != 0) return false;
+            rgb.insert(rgb.end(), row + 1, row + 1 + width * 3);
+        }
+        return true;
+    }
+    std::uint32_t At(int x, int y) const {
+        const std::uint8_t* p = rgb.data() + (std::size_t(y) * width + x) * 3;
+        return (std::uint32_t{p[0]} << 16) | (std::uint32_t{p[1]} << 8) | p[2];
+    }
+};
+
+std::vector<std::uint8_t> Base64(const std::string& text) {
+    std::vector<std::uint8_t> out;
+    std::uint32_t acc = 0;
+    int bits = 0;
+    for (char c : text) {
+        const std::string digits =
+            "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+        const std::size_t v = digits.find(c);
+        if (v == std::string::npos) continue;
+        acc = (acc << 6) | static_cast<std::uint32_t>(v);
+        if ((bits += 6) >= 8) out.push_back(static_cast<std::uint8_t>(acc >> (bits -= 8)));
+    }
+    return out;
+}
+
+class RenderCommand : public test::TempWorkDir {};
+
+TEST_F(RenderCommand, PictureColumnsAreThePlotsColumnsOfEachLine) {
+    int status = -1;
+
+    HsfTestWriter w;
+    for (int ping = 1; ping <= 12; ++ping) {
+        TraceSpec t;
+        t.ping = ping;
+        t.samples = 40;
+        t.timeSince1970 = 1'700'000'000 + ping;
+        w.Add(HsfTestWriter::MakeTrace(t));
+    }
+    ASSERT_TRUE(w.Save("line.hsf"));
+    std::ofstream("view.Hni") << "[General]\nBottomTrackIndicatorOffset=0\nNoDataGreyLevel2=90\n"
+                                 "[DisplayProcessing0]\nChannel=0\nGain=20\nZoom=2.7\n"
+                                 "TraceZoomFactor=2\nPalInvert=1\n";
+    Tool("render line.hsf --settings view.Hni --display 0 --out wf.png --height 100", status);
+    ASSERT_EQ(status, 0);
+    Png png;
+    ASSERT_TRUE(png.Read("wf.png"));
+    ASSERT_EQ(png.height, 100u);
+    std::istringstream lines(Tool("lines line.hsf --settings view.Hni --display 0", status));
+    ASSERT_EQ(status, 0);
+    std::vector<SonarDataCacheElement> made;
+    for (std::string l; std::getline(lines, l);) {
+        const nlohmann::json j = nlohmann::json::parse(l);
+        SonarDataCacheElement e(j["size"].get<int>());
+        e.pixels = Base64(j["pixels"].get<std::string>());
+        e.startDepth = j["startDepth"];
+        made.push_back(e);
+    }
+    ASSERT_EQ(png.width, made.size() * 2);
+
+    DisplayProcessingConfig cfg;
+    cfg.Zoom = 2.7;
+    cfg.PalInvert = 1;
+    GeneralValues g;
+    g.NoDataGreyLevel2 = 90;
+    const Palette palette;
+    for (std::size_t i : {std::size_t{0}, made.size() / 2, made.size() - 1}) {
+        std::vector<std::uint8_t> col(100);
+        RenderWaterfallColumn(&made[i], {&cfg, &g, NormaliseZoom(cfg.Zoom), 0, 100, 0},
+                              {col.data(), 1});
+        for (int r = 0; r < 2; ++r) {
+            for (int y = 0; y < 100; ++y) {
+                ASSERT_EQ(png.At(static_cast<int>(2 * i) + r, y), palette[col[y]].Rgb())
+                    << "line " << i << " row " << y;
+            }
+        }
+    }
+    // Zoom 2: the first 40 samples fill 80 rows, the rest is the no-data level.
+    EXPECT_EQ(png.At(0, 99), palette[90].Rgb());
+    // A missing file and an unwritable picture are errors.
+    Tool("render none.hsf --settings view.Hni --display 0 --out x.png", status);
+    EXPECT_NE(status, 0);
+    Tool("render line.hsf --settings view.Hni --display 0 --out no/such/dir.png", status);
+    EXPECT_EQ(status, 1);
+    EXPECT_FALSE(std::filesystem::exists("no/such/dir.png"));
+}
+
+}  // namespace
+}  // namespace halvo
