@@ -15,6 +15,10 @@
 #include "app/ProgramClock.h"
 #include "app/SystemCoordinator.h"
 #include "core/MessageHub.h"
+#include "display/DisplayDrain.h"
+#include "display/DisplayProcessingSet.h"
+#include "dsp/DisplayLineOutput.h"
+#include "dsp/HalvoDisplaysDataProcessor.h"
 #include "dsp/SegyDataProcessor.h"
 #include "dsp/SonarChannelSettings.h"
 #include "nav/NavigationConfig.h"
@@ -34,7 +38,9 @@
 #include "storage/PerFileLog.h"
 #include "storage/StorageControl.h"
 #include "storage/StorageDataProcessor.h"
+#include "system/LineCacheDocument.h"
 #include "system/LogNotifier.h"
+#include "system/SonarModelChannelMap.h"
 
 namespace halvo {
 
@@ -83,6 +89,17 @@ System::System(Platform platform) : platform_(platform) {
     serial_ = std::make_unique<NavigationInput>(
         *navigation_, hub_->DataBus(), [this] { return clock_->Now(); },
         [this] { return storage_->isPlaybackMode(); }, *parallel_, coordinator_->Running());
+
+    displays_ = std::make_unique<DisplayProcessingSet>(*coordinator_, *general_);
+    lineOutput_ = std::make_unique<DisplayLineOutput>(
+        displays_->Queue(), [this] { return storage_->isPlaybackMode(); }, coordinator_->Running(),
+        [](int ms) { std::this_thread::sleep_for(std::chrono::milliseconds(ms)); });
+    sonarMap_ = std::make_unique<SonarModelChannelMap>(sonarView_);
+    chain_ = std::make_unique<HalvoDisplaysDataProcessor>(*displays_, *general_, *lineOutput_,
+                                                          sonarMap_.get());
+    lines_ = std::make_unique<LineCacheDocument>();
+    documents_.push_back(lines_.get());
+    drain_ = std::make_unique<DisplayDrain>(displays_->Queue(), *coordinator_);
 
     dataLog_ = std::make_unique<MessageLogObserver>(LogStream::Data, *logging_, *log_);
     commandLog_ = std::make_unique<MessageLogObserver>(LogStream::Command, *logging_, *log_);
@@ -177,6 +194,7 @@ void System::MakeSonar() {
     // ahead of the network endpoint.
     sonar_ = std::make_unique<SonarIF>(*coordinator_, *hub_, platform_.ticks, *storage_,
                                        overall_->Snapshot().configType);
+    sonarView_ = sonar_.get();
     sonar_->Controller().SetConnectionCount(
         [this] { return network_->GetStatus()[0].connectionCount; });
 }
@@ -184,6 +202,13 @@ void System::MakeSonar() {
 void System::WireSequence() {
     sequence_[Component::General] = {[this] { general_->Load(); }, [this] { general_->Save(); },
                                      [this] { general_->Start(); }};
+    // The display chain attaches to the data bus ahead of stamping, as designed: it sees each
+    // trace in the delivery stage, after stamping has run in the processing stage.
+    sequence_[Component::Displays] = {[this] { displays_->Load(); }, [this] { displays_->Save(); },
+                                      [this] {
+                                          displays_->Start();
+                                          hub_->DataBus().Attach(chain_.get());
+                                      }};
     sequence_[Component::Navigation] = {[this] {
                                             navigation_->Load();
                                             stamping_->RefreshNavigationConfig();
@@ -283,6 +308,19 @@ void System::Startup(MainWindowHost* host, std::string_view defaultsFile) {
     coordinator_->SetDefaultsFile(defaults);
     overall_->Start();
     StartSystem();
+    OpenDisplays();
+}
+
+// Display document 0 and the others the installation lists: each waterfall row of a document
+// is one display, so the displays in use are the rows without the plot row, in order.
+void System::OpenDisplays() {
+    const OverallConfig::Values v = overall_->Snapshot();
+    int opened = 0;
+    for (int n = 0; n < std::max(1, v.displayCount) && n < OverallConfig::kDisplays; ++n) {
+        const int rows = std::max(1, v.numSplits[n] - (v.hasPlot[n] != 0 ? 1 : 0));
+        for (int r = 0; r < rows && opened < OverallConfig::kDisplays; ++r, ++opened)
+            displays_->UseDisplay();
+    }
 }
 
 void System::StartSystem() {
@@ -298,6 +336,8 @@ void System::ReadMain() {
     // High priority asks for a better nice value; without the privilege it stays as it is.
     if (main_.priority != 0) ::setpriority(PRIO_PROCESS, 0, -5);
     if (main_.timerSource >= 0) clock_->SetSource(main_.timerSource);
+    // Loading the time base calibrates the program's clock from the system clock.
+    clock_->SyncFromSystem();
 }
 
 void System::WriteMain() {
@@ -406,10 +446,27 @@ void System::StopSonars() {
     }
 }
 
+void System::AddDocument(DisplayDocumentIF* document) {
+    if (std::find(documents_.begin(), documents_.end(), document) == documents_.end())
+        documents_.push_back(document);
+}
+
+void System::RemoveDocument(DisplayDocumentIF* document) {
+    documents_.erase(std::remove(documents_.begin(), documents_.end(), document), documents_.end());
+}
+
+int System::DrainDisplays() {
+    return drain_->Drain(documents_);
+}
+
 Housekeeping::Sources System::HousekeepingSources() {
     Housekeeping::Sources s;
     s.tick = [this] { return clock_->Tick(); };
+    s.drainDisplays = [this] { DrainDisplays(); };
     s.isPlayback = [this] { return storage_->isPlaybackMode(); };
+    s.navStatus = [this] { return stamping_->getNavStatus(); };
+    s.altitudeDisplayNumber = [this] { return status_->getAlertSettings().altitudeDisplay; };
+    s.statusAltitudeMetres = [this] { return status_->getRecord().altitude / 1000.0; };
     s.statusLine = [this] { return status_->statusLine(); };
     s.sonarTick = [this] {
         if (sonar_) sonar_->Tick();

@@ -19,6 +19,13 @@
 namespace halvo {
 
 class Beeper;
+class DisplayDocumentIF;
+class DisplayDrain;
+class DisplayLineOutput;
+class DisplayProcessingSet;
+class HalvoDisplaysDataProcessor;
+class LineCacheDocument;
+class SonarModelChannelMap;
 class LinuxParallelPort;
 class LoggingControl;
 class MessageLogObserver;
@@ -116,6 +123,15 @@ class System {
     SegyDataProcessor& Stamping() { return *stamping_; }
     NavigationInput& SerialInput() { return *serial_; }
     LoggingControl& Logging() { return *logging_; }
+    DisplayProcessingSet& Displays() { return *displays_; }
+    HalvoDisplaysDataProcessor& DisplayChain() { return *chain_; }
+    // The system's own document, which keeps every display's newest lines.
+    LineCacheDocument& Lines() { return *lines_; }
+    // Window documents join the display timer's drain here (window thread only).
+    void AddDocument(DisplayDocumentIF* document);
+    void RemoveDocument(DisplayDocumentIF* document);
+    // The display timer's step: the display queue into every document.
+    int DrainDisplays();
     StatusDataProcessor& Status() { return *status_; }
 
   private:
@@ -127,6 +143,7 @@ class System {
     void LoadRecentFiles();
     void SaveRecentFiles();
     void StopSonars();
+    void OpenDisplays();
     void MakeSonar();
     void MakeRecorder();
     void StopThreads();
@@ -144,6 +161,14 @@ class System {
     std::unique_ptr<StorageControl> storage_;
     std::unique_ptr<StorageDataProcessor> recorder_;
     std::unique_ptr<LoggingControl> logging_;
+    std::unique_ptr<DisplayProcessingSet> displays_;
+    std::unique_ptr<DisplayLineOutput> lineOutput_;
+    std::unique_ptr<SonarModelChannelMap> sonarMap_;
+    std::unique_ptr<HalvoDisplaysDataProcessor> chain_;
+    std::unique_ptr<LineCacheDocument> lines_;
+    std::unique_ptr<DisplayDrain> drain_;
+    std::vector<DisplayDocumentIF*> documents_;
+    const SonarIF* sonarView_ = nullptr;
     std::unique_ptr<MessageLogObserver> dataLog_;
     std::unique_ptr<MessageLogObserver> commandLog_;
     std::unique_ptr<SegyDataProcessor> stamping_;

@@ -12,6 +12,7 @@
 #include "platform/FakeSystemClock.h"
 #include "platform/MonotonicTickSource.h"
 #include "system/HeadlessRunner.h"
+#include "system/LineCacheDocument.h"
 
 namespace halvo {
 namespace {
@@ -66,6 +67,8 @@ TEST_F(HeadlessTest, RecordsALiveSurveyAgainstTheSimulator) {
         HeadlessRunner runner(system, options, log);
         std::atomic<bool> stop{false};
         EXPECT_EQ(runner.Run(stop), 0);
+        // The display chain turned pings into lines that reached the caches.
+        EXPECT_GT(system.Lines().Lines(0), 0u);
     }
     sim.Stop();
     const std::string text = log.str();

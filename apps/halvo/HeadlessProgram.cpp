@@ -1,0 +1,38 @@
+#include "HeadlessProgram.h"
+
+#include <signal.h>
+
+#include <atomic>
+#include <iostream>
+
+#include "platform/LinuxSystemClock.h"
+#include "platform/MonotonicTickSource.h"
+#include "system/System.h"
+
+namespace halvo {
+
+namespace {
+// A signal handler can only reach a process-wide flag; the runner polls it every tick.
+std::atomic<bool> stopRequested{false};
+
+void OnStopSignal(int) {
+    stopRequested.store(true);
+}
+}  // namespace
+
+int RunHeadless(const HeadlessOptions& options) {
+    struct sigaction sa {};
+    sa.sa_handler = OnStopSignal;
+    sigemptyset(&sa.sa_mask);
+    ::sigaction(SIGINT, &sa, nullptr);
+    ::sigaction(SIGTERM, &sa, nullptr);
+    ::signal(SIGPIPE, SIG_IGN);
+
+    MonotonicTickSource ticks;
+    LinuxSystemClock systemClock;
+    System system(System::Platform{ticks, systemClock});
+    HeadlessRunner runner(system, options, std::cout);
+    return runner.Run(stopRequested);
+}
+
+}  // namespace halvo
