@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
@@ -7,10 +8,17 @@
 #include "app/SystemCoordinator.h"
 #include "app/TempWorkDir.h"
 #include "core/MessageHub.h"
+#include "dsp/HalvoDisplaysDataProcessor.h"
+#include "dsp/SegyDataProcessor.h"
 #include "nav/NavigationConfig.h"
+#include "net/NetworkHub.h"
 #include "platform/FakeSystemClock.h"
 #include "platform/FakeTickSource.h"
+#include "sonar/SonarController.h"
+#include "sonar/SonarIF.h"
+#include "status/StatusDataProcessor.h"
 #include "storage/StorageControl.h"
+#include "storage/StorageDataProcessor.h"
 #include "system/System.h"
 
 namespace halvo {
@@ -70,6 +78,73 @@ TEST_F(SystemTest, SaveThenLoadKeepsNonDefaultValues) {
     EXPECT_NE(saved.find("TSBias=12"), std::string::npos);
     // The recorder never comes back recording by itself.
     EXPECT_NE(saved.find("Mode=2"), std::string::npos);
+}
+
+TEST_F(SystemTest, ObserversSitOnEachBusInTheDesignedOrder) {
+    std::ofstream("HalvoDefaults.Hni") << "[MessageSonarCommand]\nHostName=127.0.0.1\nPort=9\n";
+    System system(Platform());
+    system.Startup();
+    const auto data = system.Hub().DataBus().Observers();
+    ASSERT_GE(data.size(), 4u);
+    EXPECT_EQ(data[0], static_cast<MessageObserver*>(&system.DisplayChain()));
+    EXPECT_EQ(data[1], static_cast<MessageObserver*>(&system.Stamping()));
+    EXPECT_EQ(data[2], static_cast<MessageObserver*>(&system.Recorder()));
+    EXPECT_EQ(data[3], static_cast<MessageObserver*>(&system.Status()));
+    const auto command = system.Hub().CommandBus().Observers();
+    ASSERT_GE(command.size(), 2u);
+    EXPECT_EQ(command[0], static_cast<MessageObserver*>(&system.Sonar().Controller()));
+    EXPECT_EQ(command[1], static_cast<MessageObserver*>(system.Network().Endpoint(0)));
+}
+
+// A save, a load of what was saved and a second save give the same file; what must not come
+// back from a file does not.
+TEST_F(SystemTest, SettingsSurviveARoundTripExceptWhatIsForcedAtLoad) {
+    {
+        System system(Platform());
+        system.Startup();
+        SonarConfig s = system.Sonar().GetSonar(0);
+        s.sonarOn = 1;
+        s.pingRate = 7.5f;
+        system.Sonar().SetSonar(s, 0);
+        system.Storage().RequestRecord();
+        ASSERT_TRUE(system.SaveFile("first.Hni"));
+        system.Ending(false);
+    }
+    const std::string first = ReadAll("first.Hni");
+    EXPECT_NE(first.find("SonarOn=1"), std::string::npos);
+    {
+        System system(Platform());
+        system.Startup(nullptr, "first.Hni");
+        EXPECT_EQ(system.Sonar().GetSonar(0).sonarOn, 0);
+        EXPECT_FLOAT_EQ(system.Sonar().GetSonar(0).pingRate, 7.5f);
+        EXPECT_EQ(system.Storage().getSettings().mode, ModeStop);
+        ASSERT_TRUE(system.SaveFile("second.Hni"));
+        system.Ending(false);
+    }
+    std::string second = ReadAll("second.Hni");
+    std::string expected = first;
+    for (const char* forced : {"SonarOn=1", "Mode=0"}) {
+        const auto at = expected.find(forced);
+        ASSERT_NE(at, std::string::npos) << forced;
+        expected.replace(at, std::string(forced).size(),
+                         std::string(forced) == "SonarOn=1" ? "SonarOn=0" : "Mode=2");
+    }
+    EXPECT_EQ(second, expected);
+}
+
+TEST_F(SystemTest, ClosingWithTheSonarOnAndTheLinkDownWaitsAtMostThreeSeconds) {
+    std::ofstream("HalvoDefaults.Hni") << "[MessageSonarCommand]\nHostName=127.0.0.1\nPort=9\n";
+    System system(Platform());
+    system.Startup();
+    SonarConfig s = system.Sonar().GetSonar(0);
+    s.sonarOn = 1;
+    system.Sonar().SetSonar(s, 0);
+    const auto start = std::chrono::steady_clock::now();
+    system.Ending(false);
+    const double seconds =
+        std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    EXPECT_LT(seconds, 3.0 + 0.2 + 1.0);  // the reply wait, the settle sleep, a margin
+    EXPECT_FALSE(system.Coordinator().Running().IsSet());
 }
 
 }  // namespace
