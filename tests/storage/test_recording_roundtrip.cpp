@@ -1,13 +1,8 @@
 // From the simulator's data link into a file and out through the file tool: every message the
-// simulator logged as sent is in the file, whole and in order. No network endpoint is used here:
-// a plain socket reader stands in for it and posts onto a real bus with the real recorder on it.
+// simulator logged as sent is in the file, whole and in order. No stand-in on the way:
+// the real data endpoint posts onto the hub's data bus, where the real recorder sits.
 
-#include <arpa/inet.h>
 #include <gtest/gtest.h>
-#include <netinet/in.h>
-#include <poll.h>
-#include <sys/socket.h>
-#include <unistd.h>
 
 #include <atomic>
 #include <chrono>
@@ -15,9 +10,13 @@
 #include <nlohmann/json.hpp>
 #include <thread>
 
+#include "app/ProgramClock.h"
 #include "app/SystemCoordinator.h"
-#include "core/MessageProcessor.h"
+#include "core/MessageHub.h"
 #include "halvo-sim/SimLog.h"
+#include "net/NetworkHub.h"
+#include "net/SocketManager.h"
+#include "platform/FakeSystemClock.h"
 #include "platform/MonotonicTickSource.h"
 #include "sim/SimTestServer.h"
 #include "storage/StorageControl.h"
@@ -35,46 +34,6 @@ struct Counter : MessageObserver {
     }
     std::atomic<int> seen{0};
 };
-
-bool ReadExact(int fd, std::uint8_t* dst, std::size_t n, Clock::time_point deadline) {
-    std::size_t got = 0;
-    while (got < n && Clock::now() < deadline) {
-        pollfd p{fd, POLLIN, 0};
-        if (::poll(&p, 1, 50) <= 0) continue;
-        const ssize_t r = ::recv(fd, dst + got, n - got, 0);
-        if (r <= 0) return false;  // closed by the simulator
-        got += static_cast<std::size_t>(r);
-    }
-    return got == n;
-}
-
-// Reads whole messages off the data link and posts them with source 2, until the peer closes.
-int ReadLinkOntoBus(int port, MessageProcessor& bus, Clock::time_point deadline) {
-    const int fd = ::socket(AF_INET, SOCK_STREAM, 0);
-    sockaddr_in a{};
-    a.sin_family = AF_INET;
-    a.sin_port = htons(static_cast<std::uint16_t>(port));
-    a.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    if (::connect(fd, reinterpret_cast<sockaddr*>(&a), sizeof a) != 0) return -1;
-    int posted = 0;
-    std::uint8_t header[16];
-    while (ReadExact(fd, header, sizeof header, deadline)) {
-        MessageHeader h;
-        MessageHeader::Read(header, h);
-        if (!h.HasMarker() || h.size < 0 || h.size > 4'000'000) break;
-        std::vector<std::uint8_t> bytes(16 + static_cast<std::size_t>(h.size));
-        std::copy(header, header + 16, bytes.begin());
-        if (!ReadExact(fd, bytes.data() + 16, bytes.size() - 16, deadline)) break;
-        SonarMessage m = SonarMessage::FromBytes(bytes);
-        // A full queue holds the message back, as the endpoint does.
-        while (bus.Post(m, SourceSonarData) != 0 && Clock::now() < deadline) {
-            std::this_thread::sleep_for(std::chrono::milliseconds(2));
-        }
-        ++posted;
-    }
-    ::close(fd);
-    return posted;
-}
 
 std::string Capture(const std::string& command) {
     std::string out;
@@ -102,23 +61,16 @@ TEST(RecordingRoundTrip, SimulatorToFileToDump) {
     coordinator.SetActiveProfile(dir.File("Defaults.Hni"));
     RunFlag run;
     run.Raise();
-    AcquireFilter filter;
-    MessageProcessor bus("data", run, filter, [] { return std::int64_t{1'700'000'000}; });
+    MessageHub hub(run, [] { return std::int64_t{1'700'000'000}; });
     MonotonicTickSource ticks;
+    FakeSystemClock systemClock;
+    ProgramClock programClock(ticks, systemClock);
+    SocketManager sockets(ticks, 250);
+    NetworkHub net(hub, sockets, programClock, coordinator);
     StorageControl control(coordinator);
-    StorageDataProcessor recorder(bus, control, ticks);
+    StorageDataProcessor recorder(hub.DataBus(), control, ticks);
     Counter counter;
     control.SetProcessorStarter([&] { recorder.Start(); });
-    bus.Start(200);
-    bus.Attach(&counter);
-
-    StorageSettings s = control.getSettings();
-    s.recordDir = dir.path();
-    s.recordForm = 0;  // raw: the file holds the wire bytes
-    s.mode = ModeRecord;
-    control.setSettings(s);
-    ASSERT_TRUE(
-        WaitFor([&] { return control.getStatus().state == StateRecord; }, std::chrono::seconds(3)));
 
     SimOptions o = test::TestOptions();
     o.autostart = true;
@@ -128,27 +80,47 @@ TEST(RecordingRoundTrip, SimulatorToFileToDump) {
     o.sentLogFile = dir.File("sent.jsonl");
     auto sim = std::make_unique<test::RunningSim>(o);
     ASSERT_TRUE(sim->started);
-    const auto deadline = Clock::now() + std::chrono::seconds(20);
-    std::atomic<int> posted{0};
-    std::thread reader([&] { posted = ReadLinkOntoBus(sim->server->dataPort(), bus, deadline); });
-    std::this_thread::sleep_for(std::chrono::milliseconds(700));
-    sim->server->Stop();  // closes the link; the reader ends at its end
-    reader.join();
-    ASSERT_GT(posted.load(), 20);
+
+    // Record first, then open the links: every message the simulator sends reaches the file.
+    hub.Start(200);
+    hub.DataBus().Attach(&counter);
+    StorageSettings s = control.getSettings();
+    s.recordDir = dir.path();
+    s.recordForm = 0;  // raw: the file holds the wire bytes
+    s.mode = ModeRecord;
+    control.setSettings(s);
     ASSERT_TRUE(
-        WaitFor([&] { return counter.seen.load() == posted.load(); }, std::chrono::seconds(5)));
+        WaitFor([&] { return control.getStatus().state == StateRecord; }, std::chrono::seconds(3)));
+    NetworkSettings links;
+    for (int i : {0, 1}) links.endpoints[i].HostName = "127.0.0.1";
+    links.endpoints[0].Port = sim->server->commandPort();
+    links.endpoints[1].Port = sim->server->dataPort();
+    net.ApplyNetworkSettings(links);
+    ASSERT_TRUE(WaitFor([&] { return counter.seen.load() > 20; }, std::chrono::seconds(10)));
+    sim->server->Stop();  // the simulator's log is complete once it has stopped
+
+    auto sentOnData = [&] {
+        std::vector<nlohmann::json> out;
+        std::ifstream log(dir.File("sent.jsonl"));
+        for (std::string line; std::getline(log, line);) {
+            nlohmann::json j = nlohmann::json::parse(line);
+            if (j["link"] == "data") out.push_back(std::move(j));
+        }
+        return out;
+    };
+    const std::size_t expected = sentOnData().size();
+    ASSERT_TRUE(WaitFor([&] { return counter.seen.load() == static_cast<int>(expected); },
+                        std::chrono::seconds(5)))
+        << counter.seen.load() << " of " << expected;
+    net.StopNetwork();
+    sockets.Stop();
     control.RequestStop();
     ASSERT_TRUE(WaitFor([&] { return control.getStatus().state == StateIdleRecord; },
                         std::chrono::seconds(3)));
-    bus.Detach(&counter);
-    bus.Detach(&recorder);
+    hub.DataBus().Detach(&counter);
+    hub.DataBus().Detach(&recorder);
 
-    std::vector<nlohmann::json> sent;
-    std::ifstream log(dir.File("sent.jsonl"));
-    for (std::string line; std::getline(log, line);) {
-        nlohmann::json j = nlohmann::json::parse(line);
-        if (j["link"] == "data") sent.push_back(std::move(j));
-    }
+    const std::vector<nlohmann::json> sent = sentOnData();
     const std::string file = dir.File("SonarData000.hsf");
     std::ifstream in(file, std::ios::binary);
     const std::vector<std::uint8_t> bytes((std::istreambuf_iterator<char>(in)), {});
@@ -161,7 +133,6 @@ TEST(RecordingRoundTrip, SimulatorToFileToDump) {
     EXPECT_EQ(records.back()["state"], "END OF FILE");
     records.pop_back();
     ASSERT_EQ(records.size(), sent.size());
-    ASSERT_EQ(records.size(), static_cast<std::size_t>(posted.load()));
     for (std::size_t i = 0; i < records.size(); ++i) {
         const nlohmann::json& r = records[i];
         for (const char* key : {"type", "direction", "subsystem", "channel", "size"}) {
