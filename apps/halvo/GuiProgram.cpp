@@ -88,6 +88,18 @@ int RunGui(int argc, char** argv, const GuiOptions& options) {
                                                  : static_cast<OperatorPrompts&>(boxes);
     System system(System::Platform{ticks, systemClock, &prompts});
     logged.SetLog(&system.Log());
+    std::FILE* eventFile = nullptr;
+    if (!options.eventLog.empty()) {
+        eventFile = std::fopen(options.eventLog.c_str(), "a");
+        if (eventFile == nullptr) {
+            std::fprintf(stderr, "halvo: cannot write %s\n", options.eventLog.c_str());
+            return 2;
+        }
+        system.Log().SetListener([eventFile](const EventLog::Line& line) {
+            std::fprintf(eventFile, "%s\n", line.text.c_str());
+            std::fflush(eventFile);
+        });
+    }
 
     EnterKeyFilter enterKeys(system.Coordinator());
     app.installEventFilter(&enterKeys);
@@ -107,7 +119,9 @@ int RunGui(int argc, char** argv, const GuiOptions& options) {
     // --- Pages of the subsystems go in here as they land (storage, sonars, displays ...). ---
 
     // Loads the installation and the defaults; the stored placement shows the window.
-    system.Startup(&frame);
+    system.Startup(&frame, options.settings);
+    if (options.ping) system.SwitchSonarsOn();
+    if (options.record) system.Storage().RequestRecord();
     if (!frame.isVisible()) frame.showMaximized();
     frame.AcceptDroppedFiles();
     frame.ControlBar(2, sheet);
@@ -131,6 +145,8 @@ int RunGui(int argc, char** argv, const GuiOptions& options) {
     }
     const int rc = app.exec();
     system.Ending(true);  // does nothing when the window's close already ran it
+    system.Log().SetListener({});
+    if (eventFile != nullptr) std::fclose(eventFile);
     return rc;
 }
 

@@ -11,6 +11,10 @@ struct GuiOptions {
     std::string screenshot;      // a picture of the main window, when set
     double screenshotAfter = 2;  // seconds
     double quitAfter = 0;        // seconds; 0: until the operator ends
+    std::string settings;        // defaults file instead of ./HalvoDefaults.Hni
+    bool ping = false;           // switch the sonars in use on once started
+    bool record = false;         // press Record once started
+    std::string eventLog;        // append every event log line to this file
 };
 
 int RunGui(int argc, char** argv, const GuiOptions& options);

@@ -20,13 +20,13 @@ int main(int argc, char** argv) {
     bool headless = false;
     halvo::HeadlessOptions run;
     cli.add_flag("--headless", headless, "run without a window");
-    cli.add_option("--settings", run.settings, "settings file to load and save (headless)")
+    cli.add_option("--settings", run.settings, "settings file to load and save")
         ->type_name("FILE.Hni");
     cli.add_option("--duration", run.durationSeconds, "end after S seconds (headless)")
         ->type_name("S")
         ->check(CLI::Range(0.0, 1e7));
-    cli.add_flag("--record", run.record, "press Record once started (headless)");
-    cli.add_flag("--ping", run.ping, "switch the sonars in use on once started (headless)");
+    cli.add_flag("--record", run.record, "press Record once started");
+    cli.add_flag("--ping", run.ping, "switch the sonars in use on once started");
     cli.add_option("--play", run.play, "play these files in turn (headless)")
         ->type_name("FILE...")
         ->check(CLI::ExistingFile);
@@ -40,6 +40,7 @@ int main(int argc, char** argv) {
     cli.add_option("--quit-after", gui.quitAfter, "end normally after S seconds")
         ->type_name("S")
         ->check(CLI::Range(0.0, 1e6));
+    cli.add_option("--event-log", gui.eventLog, "append the event log to FILE")->type_name("FILE");
     cli.allow_extras();  // Qt's own options (-platform, -style ...) pass through
 #endif
     try {
@@ -48,6 +49,9 @@ int main(int argc, char** argv) {
         return cli.exit(e);
     }
 #ifdef HALVO_WITH_GUI
+    gui.settings = run.settings;
+    gui.ping = run.ping;
+    gui.record = run.record;
     if (!headless) return halvo::RunGui(argc, argv, gui);
 #else
     if (!headless) {

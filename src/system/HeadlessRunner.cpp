@@ -8,7 +8,6 @@
 #include "app/EventLog.h"
 #include "app/Housekeeping.h"
 #include "app/ProgramClock.h"
-#include "sonar/SonarIF.h"
 #include "storage/StorageControl.h"
 
 namespace halvo {
@@ -55,17 +54,7 @@ int HeadlessRunner::Run(const std::atomic<bool>& stop) {
     system_.Startup(nullptr, options_.settings);
     Housekeeping housekeeping(system_.HousekeepingSources(), &system_.Log());
     PrintNewLogLines();
-    // Settings never switch a transmitter on by themselves; this is the operator's "on".
-    if (options_.ping && system_.HasSonar()) {
-        SonarIF& sonar = system_.Sonar();
-        for (int i = 0; i < sonar.GetNumSonars() && i < SonarIF::kSonars; ++i) {
-            SonarConfig s = sonar.GetSonar(i);
-            if (!s.InUse()) continue;
-            s.sonarOn = 1;
-            sonar.SetSonar(s, i);
-        }
-        system_.Log().Add("SONAR : On requested");
-    }
+    if (options_.ping) system_.SwitchSonarsOn();
     if (options_.record) system_.Storage().RequestRecord();
     if (!options_.play.empty()) StartNextFile();
 

@@ -446,6 +446,17 @@ void System::StopSonars() {
     }
 }
 
+void System::SwitchSonarsOn() {
+    if (!sonar_) return;
+    for (int i = 0; i < sonar_->GetNumSonars() && i < SonarIF::kSonars; ++i) {
+        SonarConfig s = sonar_->GetSonar(i);
+        if (!s.InUse()) continue;
+        s.sonarOn = 1;
+        sonar_->SetSonar(s, i);
+    }
+    log_->Add("SONAR : On requested");
+}
+
 void System::AddDocument(DisplayDocumentIF* document) {
     if (std::find(documents_.begin(), documents_.end(), document) == documents_.end())
         documents_.push_back(document);

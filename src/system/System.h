@@ -93,6 +93,10 @@ class System {
     void Ending(bool save);
     bool Ended() const { return ended_; }
 
+    // The operator's "on" for every sonar in use: settings never switch a transmitter on by
+    // themselves (SonarOn is not loaded), so a run without the sonar page uses this.
+    void SwitchSonarsOn();
+
     // The 250 ms update's inputs, wired to this system's subsystems.
     Housekeeping::Sources HousekeepingSources();
 
