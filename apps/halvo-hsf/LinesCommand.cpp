@@ -7,16 +7,9 @@
 #include <utility>
 #include <vector>
 
-#include "app/GeneralSettings.h"
-#include "app/SystemCoordinator.h"
 #include "core/MessageTypes.h"
-#include "display/DisplayProcessingSet.h"
-#include "dsp/DisplayLineOutput.h"
-#include "dsp/HalvoDisplaysDataProcessor.h"
-#include "dsp/SonarChannelMap.h"
-#include "dsp/SonarChannelSettings.h"
+#include "halvo-hsf/LinePlayer.h"
 #include "halvo-hsf/RecordJson.h"
-#include "halvo-hsf/StampPipeline.h"
 #include "storage/HsfReader.h"
 
 namespace halvo::hsf {
@@ -70,60 +63,13 @@ void PrintLine(const SonarDataCacheElement& e) {
     std::fputc('\n', stdout);
 }
 
-// The display chain behind playback's own steps (preparation, normalisation and stamping on the
-// file's clock, in StampPipeline), with the display settings of the same file.
-class LinePlayer {
-  public:
-    explicit LinePlayer(const LinesOptions& o)
-        : options_(o),
-          stamping_(o.settings),
-          general_(coordinator_),
-          set_(coordinator_, general_),
-          output_(set_.Queue(), [] { return true; }, coordinator_.Running(), {}),
-          displays_(set_, general_, output_, &sonars_) {
-        coordinator_.SetActiveProfile(o.settings);
-        coordinator_.Running().Raise();
-        general_.Load();
-        set_.Start();
-        for (int i = 0; i < DisplayProcessingSet::kDisplays; ++i) set_.UseDisplay();
-        std::vector<FixedSonarChannelMap::Sonar> map;
-        for (const SonarChannelBase& s : LoadSonarChannels(coordinator_)) {
-            map.push_back({s.subsystem, s.firstChannel});
-        }
-        sonars_ = FixedSonarChannelMap(std::move(map));
-    }
-
-    void Play(SonarMessage m) {
-        m = stamping_.Process(std::move(m));
-        displays_.DeliverMessage(&m, SourcePlayback, 0);
-        // Drained after every record, so the queue never fills and playback never waits.
-        DisplayQueueEntry entry;
-        while (set_.Queue().Take(entry)) {
-            if (!entry.element) continue;
-            if (options_.display < 0 || entry.element->displayIndex == options_.display) {
-                PrintLine(*entry.element);
-            }
-        }
-    }
-
-  private:
-    const LinesOptions& options_;
-    StampPipeline stamping_;
-    SystemCoordinator coordinator_;
-    GeneralSettings general_;
-    DisplayProcessingSet set_;
-    DisplayLineOutput output_;
-    FixedSonarChannelMap sonars_;
-    HalvoDisplaysDataProcessor displays_;
-};
-
 int RunLines(const LinesOptions& o) {
     HsfReader reader;
     if (!reader.Open(o.file)) {
         std::fprintf(stderr, "halvo-hsf lines: %s\n", reader.Error().c_str());
         return 1;
     }
-    auto player = std::make_unique<LinePlayer>(o);
+    auto player = std::make_unique<LinePlayer>(o.settings);
     for (;;) {
         SonarMessage m;
         const ReadStatus status = reader.Next(m);
@@ -136,7 +82,9 @@ int RunLines(const LinesOptions& o) {
                          static_cast<long long>(reader.RecordOffset()), reader.Error().c_str());
             return 1;
         }
-        player->Play(std::move(m));
+        player->Play(std::move(m), [&](const SonarDataCacheElement& line) {
+            if (o.display < 0 || line.displayIndex == o.display) PrintLine(line);
+        });
     }
 }
 

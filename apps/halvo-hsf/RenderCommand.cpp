@@ -9,21 +9,16 @@
 #include <vector>
 
 #include "app/GeneralSettings.h"
-#include "app/SystemCoordinator.h"
 #include "core/MessageTypes.h"
 #include "display/DisplayProcessingSet.h"
 #include "display/DisplayUnits.h"
 #include "display/SonarDataCache.h"
 #include "display/WaterfallImage.h"
 #include "display/WaterfallPlot.h"
-#include "dsp/DisplayLineOutput.h"
-#include "dsp/HalvoDisplaysDataProcessor.h"
-#include "dsp/SonarChannelMap.h"
-#include "dsp/SonarChannelSettings.h"
+#include "halvo-hsf/LinePlayer.h"
 #include "halvo-hsf/PngWriter.h"
 #include "halvo-hsf/Progress.h"
 #include "halvo-hsf/RecordJson.h"
-#include "halvo-hsf/StampPipeline.h"
 #include "storage/HsfReader.h"
 
 namespace halvo::hsf {
@@ -36,53 +31,6 @@ struct RenderOptions {
     std::string out;
     int display = 0;
     int height = 0;  // 0: as deep as the longest line at the zoom
-};
-
-// Playback's own steps (preparation, normalisation and stamping on the file's clock) and the
-// display chain, with the settings of one file: the road of `lines`. Kept beside it until the
-// two share one player.
-class RenderPlayer {
-  public:
-    explicit RenderPlayer(const std::string& settings)
-        : stamping_(settings),
-          general_(coordinator_),
-          set_(coordinator_, general_),
-          output_(set_.Queue(), [] { return true; }, coordinator_.Running(), {}),
-          displays_(set_, general_, output_, &sonars_) {
-        coordinator_.SetActiveProfile(settings);
-        coordinator_.Running().Raise();
-        general_.Load();
-        set_.Start();
-        for (int i = 0; i < DisplayProcessingSet::kDisplays; ++i) set_.UseDisplay();
-        std::vector<FixedSonarChannelMap::Sonar> map;
-        for (const SonarChannelBase& s : LoadSonarChannels(coordinator_)) {
-            map.push_back({s.subsystem, s.firstChannel});
-        }
-        sonars_ = FixedSonarChannelMap(std::move(map));
-    }
-
-    // Plays one record; each finished line of the display goes to take.
-    template <typename Take>
-    void Play(SonarMessage m, int display, Take&& take) {
-        m = stamping_.Process(std::move(m));
-        displays_.DeliverMessage(&m, SourcePlayback, 0);
-        DisplayQueueEntry entry;
-        while (set_.Queue().Take(entry)) {
-            if (entry.element && entry.element->displayIndex == display) take(*entry.element);
-        }
-    }
-
-    DisplayProcessingSet& Set() { return set_; }
-    GeneralValues General() const { return general_.Snapshot(); }
-
-  private:
-    StampPipeline stamping_;
-    SystemCoordinator coordinator_;
-    GeneralSettings general_;
-    DisplayProcessingSet set_;
-    DisplayLineOutput output_;
-    FixedSonarChannelMap sonars_;
-    HalvoDisplaysDataProcessor displays_;
 };
 
 // The whole waterfall, oldest column first, each column the full column height. A live view
@@ -139,7 +87,7 @@ int RunRender(const RenderOptions& o) {
         std::fprintf(stderr, "halvo-hsf render: %s\n", reader.Error().c_str());
         return 1;
     }
-    auto player = std::make_unique<RenderPlayer>(o.settings);
+    auto player = std::make_unique<LinePlayer>(o.settings);
     // Room for the ten slots the cache never offers, and one line.
     SonarDataCache cache(SonarDataCache::kGuardSlots + 2);
     WaterfallPlot plot(o.display);
@@ -162,7 +110,8 @@ int RunRender(const RenderOptions& o) {
             return 1;
         }
         progress.Update(reader.Position());
-        player->Play(std::move(m), o.display, [&](const SonarDataCacheElement& line) {
+        player->Play(std::move(m), [&](const SonarDataCacheElement& line) {
+            if (line.displayIndex != o.display) return;
             // Settings as the view's refresh takes them: a changed snapshot is adopted.
             if (player->Set().Snapshot(o.display, config) || generalCount != config.generalStamp) {
                 generalCount = config.generalStamp;
