@@ -168,15 +168,19 @@ void CfgStorage::BuildLayout() {
     pl->addWidget(ui_.playbackRate, 2, 1);
     pl->addWidget(Unit("records/s (0 to 10000)", play), 2, 2, 1, 4);
     pl->addWidget(new QLabel("Range:", play), 3, 0);
-    pl->addWidget(ui_.rangeType, 3, 1);
-    pl->addWidget(new QLabel("From", play), 3, 2, Qt::AlignRight);
-    pl->addWidget(ui_.rangeFrom, 3, 3);
-    pl->addWidget(new QLabel("To", play), 3, 4, Qt::AlignRight);
-    pl->addWidget(ui_.rangeTo, 3, 5);
-    pl->addWidget(ui_.rangeUnit, 4, 3, 1, 3);
-    pl->addWidget(ui_.reparse, 5, 1);
-    pl->addWidget(ui_.markFileStart, 5, 2, 1, 3);
-    pl->addWidget(ui_.autoRepeat, 5, 5);
+    // The bounds sit beside their type, so the row reads as one statement.
+    auto* range = new QHBoxLayout;
+    range->addWidget(ui_.rangeType);
+    range->addSpacing(12);
+    range->addWidget(new QLabel("From", play));
+    range->addWidget(ui_.rangeFrom);
+    range->addWidget(new QLabel("To", play));
+    range->addWidget(ui_.rangeTo);
+    range->addWidget(ui_.rangeUnit, 1);
+    pl->addLayout(range, 3, 1, 1, 5);
+    pl->addWidget(ui_.reparse, 4, 1);
+    pl->addWidget(ui_.markFileStart, 4, 2, 1, 3);
+    pl->addWidget(ui_.autoRepeat, 4, 5);
     pl->setColumnStretch(4, 1);
     top->addWidget(play);
     top->addStretch(1);
@@ -205,7 +209,7 @@ void CfgStorage::Bind(FieldEditor& ed, int dir, StorageSettings& v) {
     if (dir == kShow) {
         shownRangeType_ = v.playbackRangeType;
         const bool position = v.playbackRangeType == 2 || v.playbackRangeType == 3;
-        ui_.rangeUnit->setText(position ? "deg:min N/S E/W, bounds included" : "bounds included");
+        ui_.rangeUnit->setText(position ? "deg:min N/S or E/W, inclusive" : "inclusive");
         ui_.rangeFrom->setEnabled(v.playbackRangeType != 0);
         ui_.rangeTo->setEnabled(v.playbackRangeType != 0);
         ApplyModeEnables(v.mode);
