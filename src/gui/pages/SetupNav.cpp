@@ -15,7 +15,6 @@
 
 #include "app/GeneralSettings.h"
 #include "dsp/SegyDataProcessor.h"
-#include "gui/editors/FieldText.h"
 #include "nav/NavigationInput.h"
 #include "nav/NavigationStatusText.h"
 #include "nav/SentenceHistory.h"
@@ -155,7 +154,7 @@ QWidget* SetupNav::MakeClock() {
     tsBias_ = NumberEdit(box, 70);
     scopeOut_ = new QCheckBox("Diag Out Enable To Port", box);
     scopePort_ = NumberEdit(box, 70);
-    scopePort_->setToolTip("I/O port address, hexadecimal");
+    scopePort_->setToolTip("I/O port address, in decimal (888 for 0x378)");
     tsEnable_->setObjectName("TSEnable");
     tsBias_->setObjectName("TSBias");
     scopeOut_->setObjectName("TSScopeOutEnable");
@@ -164,7 +163,7 @@ QWidget* SetupNav::MakeClock() {
     grid->addWidget(new QLabel("Bias ms:", box), 0, 2);
     grid->addWidget(tsBias_, 0, 3);
     grid->addWidget(scopeOut_, 1, 0, 1, 2);
-    grid->addWidget(new QLabel("Address (hex)", box), 1, 2);
+    grid->addWidget(new QLabel("Address", box), 1, 2);
     grid->addWidget(scopePort_, 1, 3);
     grid->setColumnStretch(4, 1);
     WatchButton(tsEnable_);
@@ -278,7 +277,7 @@ void SetupNav::Bind(FieldEditor& ed, int dir, NavPageValues& v) {
     ed.Check(dir, tsEnable_, v.nav.tsEnable);
     ed.Int(dir, tsBias_, v.nav.tsBias, -kBiasLimit, kBiasLimit);
     ed.Check(dir, scopeOut_, v.nav.tsScopeOutEnable);
-    ed.Int(dir, scopePort_, v.nav.tsScopeOutPort, 0, kMaxIoPort, fieldtext::kHex);
+    ed.Int(dir, scopePort_, v.nav.tsScopeOutPort, 0, kMaxIoPort);
     for (int i = 0; i < NavigationConfig::kPorts; ++i) {
         PortRow& r = ports_[i];
         NavigationPortConfig& p = v.nav.ports[i];

@@ -1,0 +1,169 @@
+#include "NavPagesFixture.h"
+#include "app/GeneralSettings.h"
+#include "app/ProgramClock.h"
+#include "core/MessageHub.h"
+#include "dsp/SegyDataProcessor.h"
+#include "gui/pages/SetupNav.h"
+#include "nav/NavigationConfig.h"
+#include "nav/NavigationInput.h"
+
+namespace halvo {
+namespace {
+
+class SetupNavTest : public test::NavPagesTest {
+  protected:
+    void SetUp() override {
+        NavPagesTest::SetUp();
+        page_ = dynamic_cast<SetupNav*>(Show(*cfg_, "Navigation"));
+        ASSERT_NE(page_, nullptr);
+    }
+    QLineEdit* Edit(const char* name) { return Find<QLineEdit>(page_, name); }
+    QComboBox* Combo(const char* name) { return Find<QComboBox>(page_, name); }
+    QCheckBox* Box(const char* name) { return Find<QCheckBox>(page_, name); }
+    // A sentence as serial port `port` posts it to the data bus.
+    void Feed(const char* line, int port) {
+        SonarMessage m = NavigationInput::BuildMessage(line, port, system_->Clock().Now());
+        ASSERT_EQ(system_->Hub().DataBus().Post(m, SourceSerial), 0);
+    }
+
+    SetupNav* page_ = nullptr;
+};
+
+TEST_F(SetupNavTest, ShowsBothOwnersChangesMadeElsewhere) {
+    NavigationConfig c = system_->Navigation().Get();
+    c.latLonSource = NavigationConfig::LatLonGga;
+    c.timeSource = NavigationConfig::TimeRmc;
+    c.tsBias = -250;
+    c.ports[1] = {9600, 17, 1, "/tmp/ttyNav"};
+    c.ports[2].baud = 4000;  // not a speed the port offers
+    system_->Navigation().Set(c);
+    cfg_->TimerPass();
+    EXPECT_EQ(Combo("LatLonSource")->currentText(), "GGA");
+    EXPECT_EQ(Combo("TimeSource")->currentText(), "RMC");
+    EXPECT_EQ(Edit("TSBias")->text(), "-250");
+    EXPECT_TRUE(Box("Nav1.Enable")->isChecked());
+    EXPECT_EQ(Edit("Nav1.Port")->text(), "17");
+    EXPECT_EQ(Combo("Nav1.Baud")->currentText(), "9600");
+    EXPECT_EQ(Edit("Nav1.Device")->text(), "/tmp/ttyNav");
+    EXPECT_EQ(Combo("Nav2.Baud")->currentText(), "<Unknown 4000>");
+    // An empty device names the path the port number gives.
+    EXPECT_EQ(Edit("Nav0.Device")->placeholderText().toStdString(),
+              system_->Navigation().Get().ports[0].DevicePath());
+
+    system_->General().Modify([](GeneralValues& g) {
+        g.NMEAantennaeO = -321;
+        g.NMEAantennaeR = 450;
+        g.GPSFlags = (1 << SetupNav::LaybackEnable) | (1 << SetupNav::NegateEw);
+    });
+    cfg_->TimerPass();
+    EXPECT_EQ(Edit("NMEAantennaeO")->text(), "-321");
+    EXPECT_EQ(Edit("NMEAantennaeR")->text(), "450");
+    for (int b = 0; b < SetupNav::kGpsBits; ++b) {
+        const bool on = b == SetupNav::LaybackEnable || b == SetupNav::NegateEw;
+        EXPECT_EQ(Box(QString("GPSFlags.%1").arg(b).toLatin1())->isChecked(), on) << b;
+    }
+}
+
+TEST_F(SetupNavTest, EntriesReachTheOwnersHeldToRange) {
+    Enter(Edit("Nav0.Port"), "300");
+    EXPECT_EQ(Edit("Nav0.Port")->text(), "255");
+    Enter(Edit("Nav2.Port"), "0");
+    EXPECT_EQ(Edit("Nav2.Port")->text(), "1");
+    Enter(Edit("Nav1.Device"), "/dev/pts/7");
+    Enter(Edit("TSBias"), "99999");
+    Choose(Combo("Nav1.Baud"), "19200");
+    Choose(Combo("TimeSource"), "GGA");
+    Box("Nav1.Enable")->click();
+    Box("TSEnable")->click();
+    const NavigationConfig c = system_->Navigation().Get();
+    EXPECT_EQ(c.ports[0].port, 255);
+    EXPECT_EQ(c.ports[2].port, 1);
+    EXPECT_EQ(c.ports[1].device, "/dev/pts/7");
+    EXPECT_EQ(c.ports[1].baud, 19200);
+    EXPECT_EQ(c.ports[1].enable, 1);
+    EXPECT_EQ(c.timeSource, NavigationConfig::TimeGga);
+    EXPECT_EQ(c.tsEnable, 1);
+    EXPECT_EQ(c.tsBias, SetupNav::kBiasLimit);
+
+    // Each GPSFlags box moves its own bit only.
+    system_->General().Modify([](GeneralValues& g) { g.GPSFlags = 0x60; });
+    cfg_->TimerPass();
+    Box("GPSFlags.4")->click();
+    Box("GPSFlags.1")->click();
+    EXPECT_EQ(system_->General().Snapshot().GPSFlags, 0x60 | 0x10 | 0x02);
+    Box("GPSFlags.1")->click();
+    EXPECT_EQ(system_->General().Snapshot().GPSFlags, 0x60 | 0x10);
+}
+
+TEST_F(SetupNavTest, AntennaOffsetsAreTypedWideAndStoredInSixteenBits) {
+    const struct {
+        const char* typed;
+        std::int32_t held;  // after the page's range
+    } cases[] = {{"1234", 1234},
+                 {"40000", 40000},
+                 {"-70000", -70000},
+                 {"5000000", SetupNav::kAntennaLimit},
+                 {"-5000000", -SetupNav::kAntennaLimit}};
+    for (const auto& c : cases) {
+        Enter(Edit("NMEAantennaeO"), c.typed);
+        Enter(Edit("NMEAantennaeR"), c.typed);
+        const auto stored = static_cast<std::int16_t>(c.held);
+        const GeneralValues g = system_->General().Snapshot();
+        EXPECT_EQ(g.NMEAantennaeO, stored) << c.typed;
+        EXPECT_EQ(g.NMEAantennaeR, stored) << c.typed;
+        EXPECT_EQ(Edit("NMEAantennaeO")->text(), QString::number(stored)) << c.typed;
+    }
+}
+
+TEST_F(SetupNavTest, LivePanelShowsSentencesFilteredByPort) {
+    const char* gll0 = "$GPGLL,5130.1234,N,00005.6789,W,120000.00,A*00\r\n";
+    const char* zda1 = "$GPZDA,120001.00,14,03,2024,00,00*00\r\n";
+    const char* junk2 = "$GPXXX,not a sentence\r\n";
+    Feed(gll0, 0);
+    Feed(zda1, 1);
+    Feed(junk2, 2);
+    ASSERT_TRUE(
+        test::PumpUntil([&] { return system_->Stamping().CopyHistory().WriteIndex() >= 3; }, 3000));
+    cfg_->TimerPass();
+
+    const QStringList all = page_->HistoryText().split('\n');
+    ASSERT_EQ(all.size(), 3);
+    EXPECT_TRUE(all[0].startsWith("OK:$GPGLL,5130.1234")) << all[0].toStdString();
+    EXPECT_TRUE(all[1].startsWith("OK:$GPZDA")) << all[1].toStdString();
+    EXPECT_TRUE(all[2].startsWith("??:$GPXXX")) << all[2].toStdString();
+
+    page_->SetHistoryPort(1);
+    EXPECT_EQ(page_->HistoryText(), all[1]);
+    page_->SetHistoryPort(2);
+    EXPECT_EQ(page_->HistoryText(), all[2]);
+    page_->SetHistoryPort(SetupNav::kAllPorts);
+    EXPECT_EQ(page_->HistoryText().split('\n'), all);
+
+    // GLL is the default position source: a position within the last ten seconds.
+    EXPECT_EQ(page_->NavStatusText(), "NAV : On");
+    EXPECT_TRUE(page_->StatusLinesText().contains("LATLON: LAT 51"))
+        << page_->StatusLinesText().toStdString();
+    EXPECT_TRUE(page_->StatusLinesText().contains("ZDA: ")) << "ZDA seen, so its line shows";
+    ticks_.AdvanceTick(10001);
+    cfg_->TimerPass();
+    EXPECT_EQ(page_->NavStatusText(), "NAV : No data (Off)");
+}
+
+TEST_F(SetupNavTest, PortStatusFollowsTheEnabledPorts) {
+    cfg_->TimerPass();
+    EXPECT_EQ(page_->PortStatusText(), "No serial port enabled");
+    // A port that cannot open says so; no real device is touched.
+    NavigationConfig c = system_->Navigation().Get();
+    c.ports[0] = {4800, 1, 1, "/nonexistent/halvo-tty"};
+    system_->Navigation().Set(c);
+    ASSERT_TRUE(test::PumpUntil(
+        [&] {
+            cfg_->TimerPass();
+            return page_->PortStatusText() == "[Cannot Open Port] ";
+        },
+        3000))
+        << page_->PortStatusText().toStdString();
+}
+
+}  // namespace
+}  // namespace halvo
