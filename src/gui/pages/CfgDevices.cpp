@@ -73,8 +73,9 @@ QWidget* CfgDevices::MakeReadings() {
     sensors_ = Reading(box);
     bottle_ = Reading(box);
     grid->addWidget(new QLabel("Analog 0-7", box), 0, 0);
+    grid->setHorizontalSpacing(16);
     grid->addWidget(analog_, 0, 1);
-    grid->addWidget(new QLabel("Water", box), 1, 0);
+    grid->addWidget(new QLabel("Sensors", box), 1, 0);
     grid->addWidget(sensors_, 1, 1);
     grid->addWidget(new QLabel("Bottle", box), 2, 0);
     grid->addWidget(bottle_, 2, 1);

@@ -63,6 +63,8 @@ SetupDevices::SetupDevices(SheetContext& context, GeneralSettings& general,
     top->addWidget(MakeAttitude(), 1);
     top->addWidget(MakeSoundSpeed(), 1);
     auto* layout = new QVBoxLayout(this);
+    // Wide enough for the sensor line, which arrives after the sheet is laid out.
+    setMinimumWidth(620);
     layout->addLayout(top);
     layout->addWidget(MakeReadings());
     layout->addStretch(1);
@@ -75,6 +77,7 @@ QWidget* SetupDevices::MakeAttitude() {
     rollBias_ = NumberEdit(box, 80);
     heaveScale_ = NumberEdit(box, 80);
     heaveSource_ = new QComboBox(box);
+    heaveSource_->setMinimumContentsLength(16);
     grid->addWidget(new QLabel("Pitch Bias", box), 0, 0);
     grid->addWidget(pitchBias_, 0, 1);
     grid->addWidget(new QLabel("deg", box), 0, 2);
@@ -102,6 +105,7 @@ QWidget* SetupDevices::MakeSoundSpeed() {
     auto* box = new QGroupBox("Speed of Sound", this);
     auto* grid = new QGridLayout(box);
     speedSource_ = new QComboBox(box);
+    speedSource_->setMinimumContentsLength(22);
     soundSpeed_ = NumberEdit(box, 80);
     grid->addWidget(new QLabel("Source", box), 0, 0);
     grid->addWidget(speedSource_, 0, 1, 1, 2);
@@ -123,7 +127,8 @@ QWidget* SetupDevices::MakeReadings() {
     readings_ = new QLabel(box);
     readings_->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
     readings_->setTextInteractionFlags(Qt::TextSelectableByMouse);
-    readings_->setText("No readings yet");
+    // Room for every line from the start, so the sheet is laid out for them.
+    readings_->setText(QString("No readings yet") + QString("\n").repeated(6));
     layout->addWidget(readings_);
     return box;
 }

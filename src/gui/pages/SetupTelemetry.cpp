@@ -72,7 +72,10 @@ SetupTelemetry::SetupTelemetry(SheetContext& context, NetworkHub& network, Messa
     layout->addWidget(MakeEndpointGrid());
     auto* middle = new QHBoxLayout;
     middle->addWidget(MakeSwitches(), 1);
-    middle->addWidget(MakeButtons(), 1);
+    auto* right = new QVBoxLayout;
+    right->addWidget(MakeButtons());
+    right->addWidget(MakeClockButtons());
+    middle->addLayout(right, 1);
     layout->addLayout(middle);
     layout->addWidget(MakeLatency());
     layout->addStretch(1);
@@ -176,14 +179,20 @@ QWidget* SetupTelemetry::MakeButtons() {
     grid->addWidget(DefaultButton("Local TWSI", "127.0.0.1", 1800, 1801), 1, 0);
     grid->addWidget(DefaultButton("Local Host", "127.0.0.1", 1700, 1701), 1, 1);
 
+    return box;
+}
+
+QWidget* SetupTelemetry::MakeClockButtons() {
+    auto* box = new QGroupBox("Sonar Clock", this);
+    auto* row = new QHBoxLayout(box);
     auto* setTime = new QPushButton("Set Time", box);
     auto* checkTime = new QPushButton("Check Time", box);
     setTime->setToolTip("Send this computer's time to the sonar, then ask for the sonar's");
     checkTime->setToolTip("Ask for the sonar's time");
     connect(setTime, &QPushButton::clicked, this, [this] { Guarded([this] { SetTime(); }); });
     connect(checkTime, &QPushButton::clicked, this, [this] { Guarded([this] { CheckTime(); }); });
-    grid->addWidget(setTime, 2, 0);
-    grid->addWidget(checkTime, 2, 1);
+    row->addWidget(setTime);
+    row->addWidget(checkTime);
     return box;
 }
 

@@ -73,6 +73,7 @@ class SetupTelemetry : public SettingsPage<NetworkSettings> {
     QWidget* MakeEndpointGrid();
     QWidget* MakeSwitches();
     QWidget* MakeButtons();
+    QWidget* MakeClockButtons();
     QWidget* MakeLatency();
     QPushButton* DefaultButton(const char* label, std::string address, std::int32_t commandPort,
                                std::int32_t dataPort);
