@@ -11,6 +11,7 @@
 #include "app/Housekeeping.h"
 #include "app/SystemCoordinator.h"
 #include "gui/dialogs/MainOptions.h"
+#include "gui/pages/RecordPages.h"
 #include "gui/sheets/CfgSheet.h"
 #include "gui/sheets/EnableTable.h"
 #include "gui/sheets/EnterKeyFilter.h"
@@ -117,6 +118,7 @@ int RunGui(int argc, char** argv, const GuiOptions& options) {
     CfgSheet* sheet = frame.ControlBar(0);
     sheet->AddPage(new SetupWizard(context, *sheet), CfgSheet::SetupWizard);
     // --- Pages of the subsystems go in here as they land (storage, sonars, displays ...). ---
+    AddRecordPages(*sheet, system, context);
 
     // Loads the installation and the defaults; the stored placement shows the window.
     system.Startup(&frame, options.settings);
@@ -128,14 +130,18 @@ int RunGui(int argc, char** argv, const GuiOptions& options) {
     frame.StartDisplayTimer();
     frame.TimerPass();
 
-    if (!options.screenshot.empty()) {
-        const QString file = QString::fromStdString(options.screenshot);
+    if (!options.screenshot.empty() || !options.sheetScreenshot.empty()) {
+        const auto save = [](QWidget* widget, const std::string& name) {
+            if (name.empty()) return;
+            const QString file = QString::fromStdString(name);
+            QDir().mkpath(QFileInfo(file).absolutePath());
+            if (!widget->grab().save(file))
+                std::fprintf(stderr, "cannot write %s\n", qPrintable(file));
+        };
         QTimer::singleShot(static_cast<int>(options.screenshotAfter * 1000), &frame,
-                           [&frame, file] {
-                               const QFileInfo info(file);
-                               QDir().mkpath(info.absolutePath());
-                               if (!frame.grab().save(file))
-                                   std::fprintf(stderr, "cannot write %s\n", qPrintable(file));
+                           [&frame, sheet, save, &options] {
+                               save(&frame, options.screenshot);
+                               save(sheet, options.sheetScreenshot);
                            });
     }
     if (options.quitAfter > 0) {

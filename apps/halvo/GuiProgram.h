@@ -7,14 +7,15 @@
 namespace halvo {
 
 struct GuiOptions {
-    bool offscreen = false;      // Qt's offscreen platform; message boxes go to the event log
-    std::string screenshot;      // a picture of the main window, when set
-    double screenshotAfter = 2;  // seconds
-    double quitAfter = 0;        // seconds; 0: until the operator ends
-    std::string settings;        // defaults file instead of ./HalvoDefaults.Hni
-    bool ping = false;           // switch the sonars in use on once started
-    bool record = false;         // press Record once started
-    std::string eventLog;        // append every event log line to this file
+    bool offscreen = false;       // Qt's offscreen platform; message boxes go to the event log
+    std::string screenshot;       // a picture of the main window, when set
+    double screenshotAfter = 2;   // seconds
+    double quitAfter = 0;         // seconds; 0: until the operator ends
+    std::string settings;         // defaults file instead of ./HalvoDefaults.Hni
+    bool ping = false;            // switch the sonars in use on once started
+    bool record = false;          // press Record once started
+    std::string eventLog;         // append every event log line to this file
+    std::string sheetScreenshot;  // a picture of the "Status And Control" sheet, with the other
 };
 
 int RunGui(int argc, char** argv, const GuiOptions& options);

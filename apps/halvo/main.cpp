@@ -40,6 +40,9 @@ int main(int argc, char** argv) {
     cli.add_option("--quit-after", gui.quitAfter, "end normally after S seconds")
         ->type_name("S")
         ->check(CLI::Range(0.0, 1e6));
+    cli.add_option("--screenshot-sheet", gui.sheetScreenshot,
+                   "save a picture of the \"Status And Control\" sheet to FILE (with --after)")
+        ->type_name("FILE");
     cli.add_option("--event-log", gui.eventLog, "append the event log to FILE")->type_name("FILE");
     cli.allow_extras();  // Qt's own options (-platform, -style ...) pass through
 #endif
