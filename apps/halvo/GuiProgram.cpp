@@ -11,6 +11,7 @@
 #include "app/Housekeeping.h"
 #include "app/SystemCoordinator.h"
 #include "gui/dialogs/MainOptions.h"
+#include "gui/pages/NavigationPages.h"
 #include "gui/pages/RecordPages.h"
 #include "gui/sheets/CfgSheet.h"
 #include "gui/sheets/EnableTable.h"
@@ -119,6 +120,7 @@ int RunGui(int argc, char** argv, const GuiOptions& options) {
     sheet->AddPage(new SetupWizard(context, *sheet), CfgSheet::SetupWizard);
     // --- Pages of the subsystems go in here as they land (storage, sonars, displays ...). ---
     AddRecordPages(*sheet, system, context);
+    AddNavigationPages(*sheet, frame.Setup(), system, context);
 
     // Loads the installation and the defaults; the stored placement shows the window.
     system.Startup(&frame, options.settings);
