@@ -134,8 +134,10 @@ void CfgSonar::Build() {
     }
     overallPower_ = NumberEdit(this, "OverallPulsePower", 6);
     AddRow(g, "Overall Power:", overallPower_, "%");
-    pulse_ = ListBox(this, "Pulse");
+    // The sonar's pulse names to choose from, or a name typed in.
+    pulse_ = ListBox(this, "PulseNames");
     pulse_->setEditable(true);
+    pulse_->lineEdit()->setObjectName("Pulse");
     pulse_->setInsertPolicy(QComboBox::NoInsert);
     pulse_->setMinimumContentsLength(16);
     AddRow(g, "Pulse:", pulse_);

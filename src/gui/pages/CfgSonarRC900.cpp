@@ -84,6 +84,8 @@ CfgSonarRC900::CfgSonarRC900(SheetContext& context, SonarIF& sonar, QWidget* par
     pitchRollChannel_->setMaximumWidth(60);
     selectPitchRoll_ = new QPushButton("Select Again", this);
     selectPitchRoll_->setObjectName("SelectPitchRoll");
+    // Enter in a field of the sheet must apply the field, not press this button.
+    selectPitchRoll_->setAutoDefault(false);
     s->addWidget(new QLabel("Pitch Roll Channel:"), 0, 0, Qt::AlignRight);
     s->addWidget(pitchRollChannel_, 0, 1);
     s->addWidget(selectPitchRoll_, 0, 2);
