@@ -82,6 +82,7 @@ ClockSteering::Outcome ClockSteering::Steer(const NavigationFix& fix, std::int32
         filtered_ = 0;
         remainder_ = 0;
         lastError_ = err;
+        Publish();
         return Outcome::Stepped;
     }
     if (std::abs(err) > kFastLimitMs) {
@@ -98,6 +99,7 @@ ClockSteering::Outcome ClockSteering::Steer(const NavigationFix& fix, std::int32
         filtered_ -= a;
     }
     lastError_ = err;
+    Publish();
     return Outcome::Filtered;
 }
 

@@ -4,6 +4,7 @@
 // sentence message was read at. A large error steps the clock; smaller ones pass a low-pass
 // filter whose output is applied in whole milliseconds, the fraction carried to the next round.
 
+#include <atomic>
 #include <cstdint>
 
 #include "core/TimeValue.h"
@@ -31,6 +32,11 @@ class ClockSteering {
     std::int32_t LastErrorMs() const { return lastError_; }
     std::int32_t LastCounter() const { return lastCounter_; }
 
+    // The current and the filtered clock error as last published, for other threads (the
+    // port status of the navigation page). The fields above belong to the bus thread.
+    std::int32_t PublishedErrorMs() const { return shownError_.load(std::memory_order_relaxed); }
+    double PublishedAverageMs() const { return shownAverage_.load(std::memory_order_relaxed); }
+
     // The sentence time of day laid over the message's own date, as seconds since 1970 (UTC).
     // Exposed for tests; `replaceDate` also takes month and year (the day never moves).
     static std::int64_t SentenceSeconds(TimeValue messageTime, int hour, int minute, double second,
@@ -41,6 +47,13 @@ class ClockSteering {
     double filtered_ = 0;
     double remainder_ = 0;
     std::int32_t lastError_ = 0;
+    std::atomic<std::int32_t> shownError_{0};
+    std::atomic<double> shownAverage_{0};
+
+    void Publish() {
+        shownError_.store(lastError_, std::memory_order_relaxed);
+        shownAverage_.store(filtered_, std::memory_order_relaxed);
+    }
 };
 
 }  // namespace halvo

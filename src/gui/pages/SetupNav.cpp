@@ -360,10 +360,9 @@ void SetupNav::UpdateLive() {
     }
     SetIfDifferent(navStatus_, status);
 
-    // The clock error belongs to the stamping thread and is not offered to others yet, so the
-    // steering part of the port status is left off rather than shown wrong.
-    std::string ports = sources_.serial.StatusText();
-    if (const auto at = ports.find("[Time("); at != std::string::npos) ports.erase(at);
+    const ClockSteering& steering = sources_.stamping.Steering();
+    std::string ports =
+        sources_.serial.StatusText(steering.PublishedErrorMs(), steering.PublishedAverageMs());
     if (ports.empty()) ports = "No serial port enabled";
     SetIfDifferent(portStatus_, QString::fromStdString(ports));
 
