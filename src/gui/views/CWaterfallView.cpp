@@ -232,7 +232,7 @@ void CWaterfallView::PaintRuler(QPainter& p, const QRect& exposed) {
     }
     // The title runs down the outer edge.
     p.save();
-    p.translate(area.right() - 1, area.top() + 4);
+    p.translate(area.right() - fm.ascent() - 1, area.top() + 4);
     p.rotate(90);
     p.drawText(0, 0, QString::fromStdString(plot_.AxisLabel()));
     p.restore();
