@@ -72,9 +72,11 @@ bool PngWriter::Chunk(const char type[4], std::span<const std::uint8_t> data) {
     if (!data.empty()) crc = crc32(crc, data.data(), static_cast<uInt>(data.size()));
     std::uint8_t tail[4];
     PutBE32(tail, static_cast<std::uint32_t>(crc));
-    const bool ok = std::fwrite(head, 1, 8, file_) == 8 &&
-                    std::fwrite(data.data(), 1, data.size(), file_) == data.size() &&
-                    std::fwrite(tail, 1, 4, file_) == 4;
+    // An empty chunk (IEND) has no data pointer to hand to fwrite.
+    const bool ok =
+        std::fwrite(head, 1, 8, file_) == 8 &&
+        (data.empty() || std::fwrite(data.data(), 1, data.size(), file_) == data.size()) &&
+        std::fwrite(tail, 1, 4, file_) == 4;
     return ok ? true : Fail("write failed: " + path_);
 }
 
