@@ -127,6 +127,9 @@ class SonarPagesTest : public test::TempWorkDir {
     void Screenshot(SheetPage* page, const std::string& name) {
         sheet_->ShowPage(page);
         sheet_->TimerPass();
+        // Readable on a 1366 x 768 screen, with room for the title bar and the tabs.
+        EXPECT_LE(page->minimumSizeHint().width(), 1340) << name;
+        EXPECT_LE(page->minimumSizeHint().height(), 660) << name;
         QApplication::processEvents();
         QDir().mkpath(QString::fromStdString(test::ScreenshotPath("")));
         EXPECT_TRUE(

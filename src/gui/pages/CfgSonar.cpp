@@ -10,6 +10,7 @@
 #include <QScrollArea>
 #include <QSignalBlocker>
 #include <QVBoxLayout>
+#include <span>
 #include <string>
 
 #include "gui/pages/SonarChannelGrid.h"
@@ -32,10 +33,15 @@ QLineEdit* NumberEdit(QWidget* parent, const char* name, int chars = 10) {
     return e;
 }
 
-QComboBox* ListBox(QWidget* parent, const char* name) {
+// A list filled with its choices from the start, so the page is laid out for its longest text.
+QComboBox* ListBox(QWidget* parent, const char* name, std::span<const ListEntry> table = {}) {
     auto* c = new QComboBox(parent);
     c->setObjectName(name);
     c->setSizeAdjustPolicy(QComboBox::AdjustToContents);
+    for (const ListEntry& e : table) {
+        if (e.text == nullptr || e.text[0] == '\0') break;
+        c->addItem(QString::fromUtf8(e.text), e.value);
+    }
     return c;
 }
 
@@ -45,15 +51,19 @@ QCheckBox* CheckBox(QWidget* parent, const char* name, const QString& text) {
     return c;
 }
 
-// One line of a group: label, field, and the unit beside the number (may be empty).
+// One line of a group: label, then the field with its unit right beside it (may be empty).
 QLabel* AddRow(QGridLayout* grid, const QString& label, QWidget* field, const QString& unit = {}) {
     const int row = grid->rowCount();
     auto* l = new QLabel(label);
     l->setBuddy(field);
     grid->addWidget(l, row, 0, Qt::AlignRight);
-    grid->addWidget(field, row, 1, Qt::AlignLeft);
+    auto* h = new QHBoxLayout;
+    h->setSpacing(6);
+    h->addWidget(field);
     auto* u = new QLabel(unit);
-    grid->addWidget(u, row, 2, Qt::AlignLeft);
+    h->addWidget(u);
+    h->addStretch(1);
+    grid->addLayout(h, row, 1);
     return u;
 }
 
@@ -78,7 +88,7 @@ QVBoxLayout* CfgSonar::Column(int column) const {
 QGridLayout* CfgSonar::AddGroup(int column, const QString& title) {
     auto* box = new QGroupBox(title, this);
     auto* grid = new QGridLayout(box);
-    grid->setColumnStretch(3, 1);
+    grid->setColumnStretch(1, 1);
     grid->setVerticalSpacing(4);
     Column(column)->insertWidget(Column(column)->count() - 1, box);
     return grid;
@@ -100,30 +110,30 @@ void CfgSonar::Build() {
     top->setStretch(2, 1);
 
     QGridLayout* g = AddGroup(0, "Subsystem");
-    subsystem_ = ListBox(this, "SubSystem");
+    subsystem_ = ListBox(this, "SubSystem", sonarlists::kSubsystems);
     AddRow(g, "Subsystem:", subsystem_);
     inUse_ = CheckBox(this, "Flags", "Subsystem In Use");
-    g->addWidget(inUse_, g->rowCount(), 1, 1, 2);
+    g->addWidget(inUse_, g->rowCount(), 1);
     transducers_ = NumberEdit(this, "Transducers", 4);
     AddRow(g, "Transducers:", transducers_, "0 to 16");
     inputChannels_ = NumberEdit(this, "InputChannels", 4);
     AddRow(g, "Input Channels:", inputChannels_, "0 to 16");
     channelOffset_ = NumberEdit(this, "SubsystemChannelOffset", 4);
     AddRow(g, "First Display Channel:", channelOffset_);
-    specialOptions_ = ListBox(this, "SpecialOptions");
+    specialOptions_ = ListBox(this, "SpecialOptions", sonarlists::kSpecialOptions);
     AddRow(g, "Input Multiplexer:", specialOptions_);
     subsystemValue_ = new QLabel(this);
     subsystemValue_->setObjectName("SubsystemValue");
     AddRow(g, "Sonar Reports:", subsystemValue_);
     rates_ = new QLabel(this);
     rates_->setObjectName("Rates");
-    g->addWidget(rates_, g->rowCount(), 0, 1, 4);
+    g->addWidget(rates_, g->rowCount(), 0, 1, 2);
 
     g = AddGroup(0, "Transmit");
     sonarOn_ = CheckBox(this, "SonarOn", "Sonar On (transmit)");
-    g->addWidget(sonarOn_, g->rowCount(), 1, 1, 2);
+    g->addWidget(sonarOn_, g->rowCount(), 1);
     pingRate_ = NumberEdit(this, "PingRate");
-    rangeOrRate_ = ListBox(this, "RangeOrRate");
+    rangeOrRate_ = ListBox(this, "RangeOrRate", sonarlists::kRangeOrRate);
     {
         auto* rate = new QWidget(this);
         auto* h = new QHBoxLayout(rate);
@@ -145,7 +155,7 @@ void CfgSonar::Build() {
     secondPulse_->setObjectName("SecondPulseText");
     secondPulse_->setMinimumWidth(160);
     AddRow(g, "Second Pulse:", secondPulse_);
-    trigger_ = ListBox(this, "Trigger");
+    trigger_ = ListBox(this, "Trigger", sonarlists::kTrigger);
     AddRow(g, "Trigger:", trigger_);
     couplingSystem_ = NumberEdit(this, "CouplingSystem", 4);
     AddRow(g, "Couple To Subsystem:", couplingSystem_);
@@ -155,26 +165,26 @@ void CfgSonar::Build() {
     AddRow(g, "1/N:", couplingDecimator_);
 
     g = AddGroup(1, "Data Window");
-    windowUnits_ = ListBox(this, "WindowUnits");
+    windowUnits_ = ListBox(this, "WindowUnits", sonarlists::kWindowUnits);
     AddRow(g, "Window Units:", windowUnits_);
     delay_ = NumberEdit(this, "ADCDelay");
     units_[0] = AddRow(g, "Delay:", delay_);
     depth_ = NumberEdit(this, "ADCDepth");
     units_[1] = AddRow(g, "Depth:", depth_);
-    frameDecimator_ = ListBox(this, "ADCFrameDecimator");
+    frameDecimator_ = ListBox(this, "ADCFrameDecimator", sonarlists::kFrameDecimators);
     AddRow(g, "Trace / N:", frameDecimator_);
-    pixelDecimator_ = ListBox(this, "ADCPixelDecimator");
+    pixelDecimator_ = ListBox(this, "ADCPixelDecimator", sonarlists::kPixelDecimators);
     AddRow(g, "Pixel / N:", pixelDecimator_);
-    dataType_ = ListBox(this, "DataType");
+    dataType_ = ListBox(this, "DataType", sonarlists::kDataType);
     AddRow(g, "Data Type:", dataType_);
     windowNote_ = new QLabel(this);
     windowNote_->setWordWrap(true);
     windowNote_->setVisible(false);
-    g->addWidget(windowNote_, g->rowCount(), 0, 1, 4);
+    g->addWidget(windowNote_, g->rowCount(), 0, 1, 2);
 
     g = AddGroup(1, "Storage In Sonar");
     enableStorage_ = CheckBox(this, "EnableStorage", "Store In Sonar");
-    g->addWidget(enableStorage_, g->rowCount(), 1, 1, 2);
+    g->addWidget(enableStorage_, g->rowCount(), 1);
     storageDelay_ = NumberEdit(this, "ADCStorageDelay");
     units_[2] = AddRow(g, "Storage Delay:", storageDelay_);
     storageDepth_ = NumberEdit(this, "ADCStorageDepth");
@@ -185,7 +195,9 @@ void CfgSonar::Build() {
     auto* scroll = new QScrollArea(box);
     scroll->setFrameShape(QFrame::NoFrame);
     scroll->setWidgetResizable(true);
+    scroll->viewport()->setAutoFillBackground(false);
     channels_ = new SonarChannelGrid;
+    channels_->setAutoFillBackground(false);
     scroll->setWidget(channels_);
     v->addWidget(scroll);
     Column(2)->insertWidget(0, box, 1);

@@ -60,21 +60,22 @@ CfgSonarRC900::CfgSonarRC900(SheetContext& context, SonarIF& sonar, QWidget* par
     recordFile_ = new QLineEdit(this);
     recordFile_->setObjectName("RecordFile");
     recordFile_->setMinimumWidth(recordFile_->fontMetrics().horizontalAdvance(QString(30, 'M')));
-    g->addWidget(new QLabel("Record File:"), 0, 0, Qt::AlignRight);
-    g->addWidget(recordFile_, 0, 1);
     masterEnable_ = CheckBox(this, "MasterEnable", "Record In Sonar");
     playbackEnable_ = CheckBox(this, "PlaybackEnable", "Playback In Sonar");
     recorderOn_ = CheckBox(this, "RecorderFlag", "Sonar Has A Recorder");
     firstConnection_ =
         CheckBox(this, "FirstConnectionFlag", "Send All Settings At The First Check");
-    int row = 1;
-    for (QCheckBox* c : {masterEnable_, playbackEnable_, recorderOn_, firstConnection_}) {
+    // The recorder's own switch first: the file and master enable wait for it.
+    g->addWidget(recorderOn_, 0, 1);
+    g->addWidget(new QLabel("Record File:"), 1, 0, Qt::AlignRight);
+    g->addWidget(recordFile_, 1, 1);
+    int row = 2;
+    for (QCheckBox* c : {masterEnable_, playbackEnable_, firstConnection_}) {
         g->addWidget(c, row++, 1);
     }
     recorderStatus_ = new QLabel(this);
     recorderStatus_->setObjectName("RecorderStatus");
-    g->addWidget(recorderStatus_, row++, 0, 1, 2);
-    g->setRowStretch(row, 1);
+    g->addWidget(recorderStatus_, row, 0, 1, 2);
 
     auto* sensBox = new QGroupBox("Sensors In Sonar", this);
     auto* s = new QGridLayout(sensBox);
@@ -94,10 +95,9 @@ CfgSonarRC900::CfgSonarRC900(SheetContext& context, SonarIF& sonar, QWidget* par
     sensorInputs_ = CheckBox(this, "SensorFlags", "Sensor Inputs 0 to 9");
     s->addWidget(lowRateAnalog_, 2, 1, 1, 2);
     s->addWidget(sensorInputs_, 3, 1, 1, 2);
-    s->setRowStretch(4, 1);
 
-    top->addWidget(recBox);
-    top->addWidget(sensBox);
+    top->addWidget(recBox, 0, Qt::AlignTop);
+    top->addWidget(sensBox, 0, Qt::AlignTop);
     top->addStretch(1);
 
     for (QLineEdit* e : {recordFile_, pitchRollChannel_}) WatchEdit(e);
