@@ -6,6 +6,9 @@
 #include <QTimer>
 #include <cstdio>
 #include <filesystem>
+#include <memory>
+#include <span>
+#include <vector>
 
 #include "app/EventLog.h"
 #include "app/Housekeeping.h"
@@ -13,12 +16,14 @@
 #include "gui/dialogs/MainOptions.h"
 #include "gui/pages/NavigationPages.h"
 #include "gui/pages/RecordPages.h"
+#include "gui/pages/SonarPages.h"
 #include "gui/sheets/CfgSheet.h"
 #include "gui/sheets/EnableTable.h"
 #include "gui/sheets/EnterKeyFilter.h"
 #include "gui/sheets/SetupWizard.h"
 #include "gui/shell/CMainFrame.h"
 #include "gui/shell/MessageBoxPrompts.h"
+#include "gui/views/DisplayWindows.h"
 #include "platform/LinuxSystemClock.h"
 #include "platform/MonotonicTickSource.h"
 #include "storage/StorageControl.h"
@@ -49,8 +54,14 @@ class LoggedPrompts final : public OperatorPrompts {
     EventLog* log_ = nullptr;
 };
 
-ShellCommands Commands(System& system) {
+ShellCommands Commands(System& system, std::unique_ptr<DisplayWindows>& windows) {
     ShellCommands c;
+    c.applySplitSizes = [&windows](std::span<const int> rows, std::span<const int> columns) {
+        if (windows) windows->ApplySplitSizes(rows, columns);
+    };
+    c.collectSplitSizes = [&windows](std::vector<int>& rows, std::vector<int>& columns) {
+        if (windows) windows->CollectSplitSizes(rows, columns);
+    };
     c.loadConfiguration = [&system](const std::string& f) { system.LoadFile(f); };
     c.saveConfiguration = [&system](const std::string& f) { system.SaveFile(f); };
     c.ending = [&system](bool save) { system.Ending(save); };
@@ -108,8 +119,13 @@ int RunGui(int argc, char** argv, const GuiOptions& options) {
     EnableTable enables;
     SheetContext context{system.Coordinator(), prompts, enables};
 
+    // The window's timer pass holds the display timer's guard while it runs the housekeeping,
+    // so the drain inside it must not ask for the guard again.
+    system.SetDrainInsideTimerPass(true);
     Housekeeping housekeeping(system.HousekeepingSources(), &system.Log());
-    CMainFrame frame(context, housekeeping, Commands(system), QString("Halvo ") + HALVO_VERSION);
+    std::unique_ptr<DisplayWindows> displayWindows;
+    CMainFrame frame(context, housekeeping, Commands(system, displayWindows),
+                     QString("Halvo ") + HALVO_VERSION);
     boxes.SetParent(&frame);
 
     MainOptionsStore optionsStore(system.Overall(), system.General());
@@ -124,6 +140,9 @@ int RunGui(int argc, char** argv, const GuiOptions& options) {
 
     // Loads the installation and the defaults; the stored placement shows the window.
     system.Startup(&frame, options.settings);
+    AddSonarPages(*sheet, system, context);
+    optionsStore.SetSonarAccess(SonarOptionsAccess(system.Sonar()));
+    displayWindows = OpenDisplayWindows(frame, sheet, system, context);
     if (options.ping) system.SwitchSonarsOn();
     if (options.record) system.Storage().RequestRecord();
     if (!frame.isVisible()) frame.showMaximized();
@@ -153,6 +172,7 @@ int RunGui(int argc, char** argv, const GuiOptions& options) {
     }
     const int rc = app.exec();
     system.Ending(true);  // does nothing when the window's close already ran it
+    displayWindows.reset();
     system.Log().SetListener({});
     if (eventFile != nullptr) std::fclose(eventFile);
     return rc;

@@ -6,8 +6,8 @@
 
 namespace halvo {
 
-int DisplayDrain::Drain(std::span<DisplayDocumentIF* const> documents) {
-    if (coordinator_.EnterDisplayTimer() != 0) {
+int DisplayDrain::Drain(std::span<DisplayDocumentIF* const> documents, bool guardHeld) {
+    if (!guardHeld && coordinator_.EnterDisplayTimer() != 0) {
         coordinator_.LeaveDisplayTimer();
         return -1;
     }
@@ -31,7 +31,7 @@ int DisplayDrain::Drain(std::span<DisplayDocumentIF* const> documents) {
         }
     }
     if (refreshStatus_) refreshStatus_();
-    coordinator_.LeaveDisplayTimer();
+    if (!guardHeld) coordinator_.LeaveDisplayTimer();
     return delivered;
 }
 

@@ -23,8 +23,9 @@ class DisplayDrain {
 
     // Delivers every waiting element to each document (at most ten), then one update notice if
     // any element went out. Returns the number of elements delivered, or -1 when the shared
-    // display timer guard was already held and this tick was skipped.
-    int Drain(std::span<DisplayDocumentIF* const> documents);
+    // display timer guard was already held and this tick was skipped. guardHeld says the caller
+    // is the display timer's own pass and already holds the guard.
+    int Drain(std::span<DisplayDocumentIF* const> documents, bool guardHeld = false);
 
   private:
     DisplayQueue& queue_;

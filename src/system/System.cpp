@@ -466,14 +466,14 @@ void System::RemoveDocument(DisplayDocumentIF* document) {
     documents_.erase(std::remove(documents_.begin(), documents_.end(), document), documents_.end());
 }
 
-int System::DrainDisplays() {
-    return drain_->Drain(documents_);
+int System::DrainDisplays(bool guardHeld) {
+    return drain_->Drain(documents_, guardHeld);
 }
 
 Housekeeping::Sources System::HousekeepingSources() {
     Housekeeping::Sources s;
     s.tick = [this] { return clock_->Tick(); };
-    s.drainDisplays = [this] { DrainDisplays(); };
+    s.drainDisplays = [this] { DrainDisplays(drainInsidePass_); };
     s.isPlayback = [this] { return storage_->isPlaybackMode(); };
     s.navStatus = [this] { return stamping_->getNavStatus(); };
     s.altitudeDisplayNumber = [this] { return status_->getAlertSettings().altitudeDisplay; };

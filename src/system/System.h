@@ -134,8 +134,10 @@ class System {
     // Window documents join the display timer's drain here (window thread only).
     void AddDocument(DisplayDocumentIF* document);
     void RemoveDocument(DisplayDocumentIF* document);
-    // The display timer's step: the display queue into every document.
-    int DrainDisplays();
+    // The display timer's step: the display queue into every document. guardHeld: called from
+    // inside the window's timer pass, which already holds the display timer's guard.
+    int DrainDisplays(bool guardHeld = false);
+    void SetDrainInsideTimerPass(bool inside) { drainInsidePass_ = inside; }
     StatusDataProcessor& Status() { return *status_; }
 
   private:
@@ -173,6 +175,7 @@ class System {
     std::unique_ptr<DisplayDrain> drain_;
     std::vector<DisplayDocumentIF*> documents_;
     const SonarIF* sonarView_ = nullptr;
+    bool drainInsidePass_ = false;
     std::unique_ptr<MessageLogObserver> dataLog_;
     std::unique_ptr<MessageLogObserver> commandLog_;
     std::unique_ptr<SegyDataProcessor> stamping_;
