@@ -232,13 +232,27 @@ void System::WireSequence() {
                                        if (sonar_) sonar_->Start();
                                    }};
     // The buses start first, then the endpoints.
-    sequence_[Component::Hub] = {[this] { network_->Load(); }, [this] { network_->Save(); },
-                                 [this] {
-                                     hub_->Start(platform_.busQueue != 0
-                                                     ? platform_.busQueue
-                                                     : MessageProcessor::kDefaultQueueSize);
-                                     network_->StartNetwork();
-                                 }};
+    // The acquire filter is saved as the operator left it but always comes up as "All Sources":
+    // a forgotten filter must not cut a survey's data at the next start.
+    sequence_[Component::Hub] = {
+        [this] {
+            IniFile ini(*coordinator_);
+            ini.Open("MessageProcessor");
+            ini.ReadInt("Filter", 0);
+            hub_->ResetFilterForLoad();
+            network_->Load();
+        },
+        [this] {
+            IniFile ini(*coordinator_);
+            ini.Open("MessageProcessor");
+            ini.WriteInt("Filter", static_cast<std::int32_t>(hub_->Filter().Value()));
+            network_->Save();
+        },
+        [this] {
+            hub_->Start(platform_.busQueue != 0 ? platform_.busQueue
+                                                : MessageProcessor::kDefaultQueueSize);
+            network_->StartNetwork();
+        }};
     // The recorder registers itself on the bus at the first settings change, as the page does.
     sequence_[Component::Storage] = {
         [this] { storage_->Load(); }, [this] { storage_->Save(); },

@@ -107,6 +107,7 @@ TEST_F(SystemTest, SettingsSurviveARoundTripExceptWhatIsForcedAtLoad) {
         s.pingRate = 7.5f;
         system.Sonar().SetSonar(s, 0);
         system.Storage().RequestRecord();
+        system.Hub().SetFilter(4);
         ASSERT_TRUE(system.SaveFile("first.Hni"));
         system.Ending(false);
     }
@@ -118,16 +119,18 @@ TEST_F(SystemTest, SettingsSurviveARoundTripExceptWhatIsForcedAtLoad) {
         EXPECT_EQ(system.Sonar().GetSonar(0).sonarOn, 0);
         EXPECT_FLOAT_EQ(system.Sonar().GetSonar(0).pingRate, 7.5f);
         EXPECT_EQ(system.Storage().getSettings().mode, ModeStop);
+        EXPECT_EQ(system.Hub().Filter().Value(), 0u);  // written as chosen, read as all sources
         ASSERT_TRUE(system.SaveFile("second.Hni"));
         system.Ending(false);
     }
     std::string second = ReadAll("second.Hni");
     std::string expected = first;
-    for (const char* forced : {"SonarOn=1", "Mode=0"}) {
-        const auto at = expected.find(forced);
-        ASSERT_NE(at, std::string::npos) << forced;
-        expected.replace(at, std::string(forced).size(),
-                         std::string(forced) == "SonarOn=1" ? "SonarOn=0" : "Mode=2");
+    const std::pair<std::string, std::string> forced[] = {
+        {"SonarOn=1", "SonarOn=0"}, {"Mode=0", "Mode=2"}, {"Filter=4", "Filter=0"}};
+    for (const auto& [was, becomes] : forced) {
+        const auto at = expected.find(was);
+        ASSERT_NE(at, std::string::npos) << was;
+        expected.replace(at, was.size(), becomes);
     }
     EXPECT_EQ(second, expected);
 }
