@@ -1,5 +1,6 @@
 #include "gui/sheets/PageSheet.h"
 
+#include <QPushButton>
 #include <QTabWidget>
 #include <QVBoxLayout>
 #include <algorithm>
@@ -32,6 +33,12 @@ void PageSheet::AddPage(SheetPage* page, int slot, TickGroup group) {
     const int index = static_cast<int>(at - pages_.begin());
     pages_.insert(at, Entry{page, slot, group});
     tabs_->insertTab(index, page, page->Caption());
+    // The sheet is a dialog: Enter in a field must finish the entry, never press a button
+    // somewhere on the page.
+    for (QPushButton* button : page->findChildren<QPushButton*>()) {
+        button->setAutoDefault(false);
+        button->setDefault(false);
+    }
 }
 
 SheetPage* PageSheet::FindPage(const QString& caption) const {
