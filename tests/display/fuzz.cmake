@@ -1,0 +1,3 @@
+if(TARGET halvo_waterfall)
+    halvo_add_fuzz_replay(NAME fuzz_palette LIBS halvo_waterfall LABEL display)
+endif()
