@@ -122,8 +122,15 @@ int RunGui(int argc, char** argv, const GuiOptions& options) {
     // The window's timer pass holds the display timer's guard while it runs the housekeeping,
     // so the drain inside it must not ask for the guard again.
     system.SetDrainInsideTimerPass(true);
-    Housekeeping housekeeping(system.HousekeepingSources(), &system.Log());
     std::unique_ptr<DisplayWindows> displayWindows;
+    system.SetCacheSizeHooks(
+        [&displayWindows] {
+            if (displayWindows) displayWindows->LoadCacheSizes();
+        },
+        [&displayWindows] {
+            if (displayWindows) displayWindows->SaveCacheSizes();
+        });
+    Housekeeping housekeeping(system.HousekeepingSources(), &system.Log());
     CMainFrame frame(context, housekeeping, Commands(system, displayWindows),
                      QString("Halvo ") + HALVO_VERSION);
     boxes.SetParent(&frame);
@@ -172,6 +179,7 @@ int RunGui(int argc, char** argv, const GuiOptions& options) {
     }
     const int rc = app.exec();
     system.Ending(true);  // does nothing when the window's close already ran it
+    system.SetCacheSizeHooks({}, {});
     displayWindows.reset();
     system.Log().SetListener({});
     if (eventFile != nullptr) std::fclose(eventFile);

@@ -402,6 +402,7 @@ void System::LoadFile(std::string_view file) {
     }
     overall_->Load();
     sequence_.ReloadAll();
+    if (loadCacheSizes_) loadCacheSizes_();
     coordinator_->SetActiveProfile(previous);
 }
 
@@ -411,6 +412,7 @@ bool System::SaveFile(std::string_view file) {
     if (!file.empty()) coordinator_->SetActiveProfile(file);
     WriteMain();
     sequence_.SaveAll();
+    if (saveCacheSizes_) saveCacheSizes_();
     overall_->Save();
     {
         IniFile ini(*coordinator_);

@@ -8,6 +8,7 @@
 
 #include <array>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -138,6 +139,11 @@ class System {
     // inside the window's timer pass, which already holds the display timer's guard.
     int DrainDisplays(bool guardHeld = false);
     void SetDrainInsideTimerPass(bool inside) { drainInsidePass_ = inside; }
+    // The window documents' `Display%d CacheSize`: re-read after a load, written at a save.
+    void SetCacheSizeHooks(std::function<void()> load, std::function<void()> save) {
+        loadCacheSizes_ = std::move(load);
+        saveCacheSizes_ = std::move(save);
+    }
     StatusDataProcessor& Status() { return *status_; }
 
   private:
@@ -176,6 +182,8 @@ class System {
     std::vector<DisplayDocumentIF*> documents_;
     const SonarIF* sonarView_ = nullptr;
     bool drainInsidePass_ = false;
+    std::function<void()> loadCacheSizes_;
+    std::function<void()> saveCacheSizes_;
     std::unique_ptr<MessageLogObserver> dataLog_;
     std::unique_ptr<MessageLogObserver> commandLog_;
     std::unique_ptr<SegyDataProcessor> stamping_;
