@@ -5,25 +5,14 @@
 #include <QFileInfo>
 #include <QTimer>
 #include <cstdio>
-#include <filesystem>
-#include <memory>
-#include <span>
-#include <vector>
 
 #include "app/EventLog.h"
-#include "app/Housekeeping.h"
-#include "app/SystemCoordinator.h"
-#include "gui/dialogs/MainOptions.h"
-#include "gui/pages/NavigationPages.h"
-#include "gui/pages/RecordPages.h"
-#include "gui/pages/SonarPages.h"
 #include "gui/sheets/CfgSheet.h"
 #include "gui/sheets/EnableTable.h"
 #include "gui/sheets/EnterKeyFilter.h"
-#include "gui/sheets/SetupWizard.h"
 #include "gui/shell/CMainFrame.h"
 #include "gui/shell/MessageBoxPrompts.h"
-#include "gui/views/DisplayWindows.h"
+#include "gui/shell/ProgramWindows.h"
 #include "platform/LinuxSystemClock.h"
 #include "platform/MonotonicTickSource.h"
 #include "storage/StorageControl.h"
@@ -53,39 +42,6 @@ class LoggedPrompts final : public OperatorPrompts {
   private:
     EventLog* log_ = nullptr;
 };
-
-ShellCommands Commands(System& system, std::unique_ptr<DisplayWindows>& windows) {
-    ShellCommands c;
-    c.applySplitSizes = [&windows](std::span<const int> rows, std::span<const int> columns) {
-        if (windows) windows->ApplySplitSizes(rows, columns);
-    };
-    c.collectSplitSizes = [&windows](std::vector<int>& rows, std::vector<int>& columns) {
-        if (windows) windows->CollectSplitSizes(rows, columns);
-    };
-    c.loadConfiguration = [&system](const std::string& f) { system.LoadFile(f); };
-    c.saveConfiguration = [&system](const std::string& f) { system.SaveFile(f); };
-    c.ending = [&system](bool save) { system.Ending(save); };
-    c.recentFiles = [&system] { return system.RecentFiles(); };
-    c.addRecentFile = [&system](const std::string& f) { system.AddRecentFile(f); };
-    c.playFile = [&system](const std::string& file) {
-        StorageControl& storage = system.Storage();
-        const std::filesystem::path path(file);
-        // A new file opens only through a stop and a start, as the disk page's chaining does.
-        storage.RequestStop();
-        StorageSettings s = storage.getSettings();
-        s.playbackDir = path.has_parent_path() ? path.parent_path().string() : std::string();
-        s.playbackFile = path.filename().string();
-        s.mode = ModeStop;
-        storage.setSettings(s);
-        // The recorder notices the stop on its next pass before it is asked to play.
-        QTimer::singleShot(300, [&storage] { storage.RequestPlayback(); });
-        system.Log().Add("PLAY : " + file);
-    };
-    c.changePause = [&system] { system.Storage().ChangePause(); };
-    c.playbackSlower = [&system] { system.Storage().PlaybackSlower(); };
-    c.playbackFaster = [&system] { system.Storage().PlaybackFaster(); };
-    return c;
-}
 
 }  // namespace
 
@@ -119,44 +75,14 @@ int RunGui(int argc, char** argv, const GuiOptions& options) {
     EnableTable enables;
     SheetContext context{system.Coordinator(), prompts, enables};
 
-    // The window's timer pass holds the display timer's guard while it runs the housekeeping,
-    // so the drain inside it must not ask for the guard again.
-    system.SetDrainInsideTimerPass(true);
-    std::unique_ptr<DisplayWindows> displayWindows;
-    system.SetCacheSizeHooks(
-        [&displayWindows] {
-            if (displayWindows) displayWindows->LoadCacheSizes();
-        },
-        [&displayWindows] {
-            if (displayWindows) displayWindows->SaveCacheSizes();
-        });
-    Housekeeping housekeeping(system.HousekeepingSources(), &system.Log());
-    CMainFrame frame(context, housekeeping, Commands(system, displayWindows),
-                     QString("Halvo ") + HALVO_VERSION);
+    ProgramWindows windows(system, context, QString("Halvo ") + HALVO_VERSION);
+    CMainFrame& frame = windows.Frame();
+    CfgSheet* sheet = &windows.Sheet();
     boxes.SetParent(&frame);
-
-    MainOptionsStore optionsStore(system.Overall(), system.General());
-    frame.SetOptionsStore(&optionsStore);
-
-    // The control bar is made before the settings load, as at every start.
-    CfgSheet* sheet = frame.ControlBar(0);
-    sheet->AddPage(new SetupWizard(context, *sheet), CfgSheet::SetupWizard);
-    // --- Pages of the subsystems go in here as they land (storage, sonars, displays ...). ---
-    AddRecordPages(*sheet, system, context);
-    AddNavigationPages(*sheet, frame.Setup(), system, context);
-
-    // Loads the installation and the defaults; the stored placement shows the window.
-    system.Startup(&frame, options.settings);
-    AddSonarPages(*sheet, system, context);
-    optionsStore.SetSonarAccess(SonarOptionsAccess(system.Sonar()));
-    displayWindows = OpenDisplayWindows(frame, sheet, system, context);
+    windows.Start(options.settings);
     if (options.ping) system.SwitchSonarsOn();
     if (options.record) system.Storage().RequestRecord();
-    if (!frame.isVisible()) frame.showMaximized();
-    frame.AcceptDroppedFiles();
-    frame.ControlBar(2, sheet);
-    frame.StartDisplayTimer();
-    frame.TimerPass();
+    windows.Show();
 
     if (!options.screenshot.empty() || !options.sheetScreenshot.empty()) {
         const auto save = [](QWidget* widget, const std::string& name) {
@@ -179,8 +105,6 @@ int RunGui(int argc, char** argv, const GuiOptions& options) {
     }
     const int rc = app.exec();
     system.Ending(true);  // does nothing when the window's close already ran it
-    system.SetCacheSizeHooks({}, {});
-    displayWindows.reset();
     system.Log().SetListener({});
     if (eventFile != nullptr) std::fclose(eventFile);
     return rc;

@@ -1,0 +1,100 @@
+#include "gui/shell/ProgramWindows.h"
+
+#include <QTimer>
+#include <filesystem>
+#include <span>
+#include <vector>
+
+#include "app/EventLog.h"
+#include "gui/pages/NavigationPages.h"
+#include "gui/pages/RecordPages.h"
+#include "gui/pages/SonarPages.h"
+#include "gui/sheets/CfgSheet.h"
+#include "gui/sheets/SetupWizard.h"
+#include "gui/views/DisplayWindows.h"
+#include "storage/StorageControl.h"
+#include "system/System.h"
+
+namespace halvo {
+
+ShellCommands ProgramWindows::Commands() {
+    ShellCommands c;
+    c.applySplitSizes = [this](std::span<const int> rows, std::span<const int> columns) {
+        if (displays_) displays_->ApplySplitSizes(rows, columns);
+    };
+    c.collectSplitSizes = [this](std::vector<int>& rows, std::vector<int>& columns) {
+        if (displays_) displays_->CollectSplitSizes(rows, columns);
+    };
+    System& system = system_;
+    c.loadConfiguration = [&system](const std::string& f) { system.LoadFile(f); };
+    c.saveConfiguration = [&system](const std::string& f) { system.SaveFile(f); };
+    c.ending = [&system](bool save) { system.Ending(save); };
+    c.recentFiles = [&system] { return system.RecentFiles(); };
+    c.addRecentFile = [&system](const std::string& f) { system.AddRecentFile(f); };
+    c.playFile = [this](const std::string& file) {
+        StorageControl& storage = system_.Storage();
+        const std::filesystem::path path(file);
+        // A new file opens only through a stop and a start, as the disk page's chaining does.
+        storage.RequestStop();
+        StorageSettings s = storage.getSettings();
+        s.playbackDir = path.has_parent_path() ? path.parent_path().string() : std::string();
+        s.playbackFile = path.filename().string();
+        s.mode = ModeStop;
+        storage.setSettings(s);
+        // The recorder notices the stop on its next pass before it is asked to play. The window
+        // carries the request, so it dies with the window and never outlives the system.
+        QTimer::singleShot(300, &frame_, [&storage] { storage.RequestPlayback(); });
+        system_.Log().Add("PLAY : " + file);
+    };
+    c.changePause = [&system] { system.Storage().ChangePause(); };
+    c.playbackSlower = [&system] { system.Storage().PlaybackSlower(); };
+    c.playbackFaster = [&system] { system.Storage().PlaybackFaster(); };
+    return c;
+}
+
+ProgramWindows::ProgramWindows(System& system, SheetContext& context, const QString& title)
+    : system_(system),
+      context_(context),
+      housekeeping_(system.HousekeepingSources(), &system.Log()),
+      optionsStore_(system.Overall(), system.General()),
+      frame_(context, housekeeping_, Commands(), title) {
+    // The window's timer pass holds the display timer's guard while it runs the housekeeping,
+    // so the drain inside it must not ask for the guard again.
+    system_.SetDrainInsideTimerPass(true);
+    system_.SetCacheSizeHooks(
+        [this] {
+            if (displays_) displays_->LoadCacheSizes();
+        },
+        [this] {
+            if (displays_) displays_->SaveCacheSizes();
+        });
+    frame_.SetOptionsStore(&optionsStore_);
+    // The control bar is made before the settings load, as at every start.
+    sheet_ = frame_.ControlBar(0);
+    sheet_->AddPage(new SetupWizard(context_, *sheet_), CfgSheet::SetupWizard);
+    AddRecordPages(*sheet_, system_, context_);
+    AddNavigationPages(*sheet_, frame_.Setup(), system_, context_);
+}
+
+ProgramWindows::~ProgramWindows() {
+    system_.SetCacheSizeHooks({}, {});
+    displays_.reset();
+}
+
+void ProgramWindows::Start(std::string_view settings) {
+    // Loads the installation and the defaults; the stored placement shows the window.
+    system_.Startup(&frame_, settings);
+    AddSonarPages(*sheet_, system_, context_);
+    optionsStore_.SetSonarAccess(SonarOptionsAccess(system_.Sonar()));
+    displays_ = OpenDisplayWindows(frame_, sheet_, system_, context_);
+}
+
+void ProgramWindows::Show() {
+    if (!frame_.isVisible()) frame_.showMaximized();
+    frame_.AcceptDroppedFiles();
+    frame_.ControlBar(2, sheet_);
+    frame_.StartDisplayTimer();
+    frame_.TimerPass();
+}
+
+}  // namespace halvo

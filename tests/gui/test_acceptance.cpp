@@ -1,0 +1,312 @@
+// The windowed program as the operator runs it, against the simulator on loopback: the demo's
+// settings (one sub-bottom display, two dual side-scan displays), the main window's own 250 ms
+// timer, and the operator's gestures on the pages. A few seconds of survey each.
+//
+// A ping rate typed into the sonar page reaching the simulator as message 124 is covered by
+// SonarPagesTest.PingRateTypedInThePageReachesTheSimulator (test_pages_sonar.cpp); here the
+// sonars ping at all only because the window's timer ticks the controller, which sends their
+// "on" from the pages.
+
+#include <gtest/gtest.h>
+
+#include <QAbstractButton>
+#include <QAction>
+#include <QApplication>
+#include <QCheckBox>
+#include <QDir>
+#include <QLineEdit>
+#include <QMenuBar>
+#include <QPushButton>
+#include <QTest>
+#include <atomic>
+#include <filesystem>
+#include <fstream>
+#include <memory>
+#include <sstream>
+
+#include "GuiTestApp.h"
+#include "app/Housekeeping.h"
+#include "app/TempWorkDir.h"
+#include "core/MessageHub.h"
+#include "core/MessageObserver.h"
+#include "display/SonarDataCache.h"
+#include "gui/sheets/CfgSheet.h"
+#include "gui/sheets/EnableTable.h"
+#include "gui/sheets/EnterKeyFilter.h"
+#include "gui/sheets/SheetPage.h"
+#include "gui/shell/CColorStatusBar.h"
+#include "gui/shell/ProgramWindows.h"
+#include "gui/views/CWaterfallDoc.h"
+#include "gui/views/DisplayWindows.h"
+#include "halvo-sim/SimServer.h"
+#include "platform/FakeSystemClock.h"
+#include "platform/MonotonicTickSource.h"
+#include "sonar/SonarIF.h"
+#include "storage/HsfReader.h"
+#include "storage/StorageControl.h"
+#include "system/LineCacheDocument.h"
+#include "system/System.h"
+
+namespace halvo {
+namespace {
+
+constexpr int kDisplays = 3;  // what the demo's settings configure
+
+// Traces that a played file sends down the data bus.
+class PlayedTraces final : public MessageObserver {
+  public:
+    void DeliverMessage(SonarMessage* m, int source, std::uint32_t) override {
+        if (m != nullptr && source == 5 && m->type() == 80) count.fetch_add(1);
+    }
+    std::atomic<int> count{0};
+};
+
+class Acceptance : public test::TempWorkDir {
+  protected:
+    // The simulator, then the program over the demo's settings with the simulator's ports.
+    void StartProgram() {
+        SimOptions o;
+        o.portBase = 0;
+        o.discoveryPort = -1;
+        o.quiet = true;
+        o.nmeaPty = true;
+        // Pings three times as fast as set, so a few seconds fill a stretch of waterfall.
+        o.rateMultiplier = 3;
+        sim_ = std::make_unique<SimServer>(o, simClock_);
+        std::string error;
+        ASSERT_TRUE(sim_->Start(error)) << error;
+        ASSERT_FALSE(sim_->ptyPath().empty());
+
+        const std::string demo = std::string(HALVO_SOURCE_DIR) + "/share/demo/";
+        WriteFile("HalvoConfig.ini", ReadFile(demo + "HalvoConfig.ini"));
+        std::string defaults = ReadFile(demo + "HalvoDefaults.Hni");
+        ASSERT_FALSE(defaults.empty());
+        for (const auto& [key, value] : {std::pair<std::string, std::string>{
+                                             "@COMMAND_PORT@", std::to_string(sim_->commandPort())},
+                                         {"@DATA_PORT@", std::to_string(sim_->dataPort())},
+                                         {"@NMEA_DEVICE@", sim_->ptyPath()},
+                                         {"@RECORD_DIR@", dir_.string()}}) {
+            for (std::size_t at; (at = defaults.find(key)) != std::string::npos;) {
+                defaults.replace(at, key.size(), value);
+            }
+        }
+        ASSERT_EQ(defaults.find('@'), std::string::npos) << "a placeholder the test does not fill";
+        WriteFile("HalvoDefaults.Hni", defaults);
+
+        system_ = std::make_unique<System>(System::Platform{ticks_, clock_, &operator_});
+        keys_ = std::make_unique<EnterKeyFilter>(system_->Coordinator());
+        app_.installEventFilter(keys_.get());
+        context_ = std::make_unique<SheetContext>(
+            SheetContext{system_->Coordinator(), operator_, enables_});
+        windows_ = std::make_unique<ProgramWindows>(*system_, *context_, "Halvo");
+        windows_->Start({});
+        // A laptop's screen rather than the offscreen platform's whole one.
+        windows_->Frame().showNormal();
+        windows_->Frame().resize(1366, 768);
+        windows_->Show();
+        ASSERT_NE(windows_->Displays(), nullptr);
+    }
+
+    void TearDown() override {
+        if (system_) system_->Ending(false);
+        windows_.reset();
+        if (keys_) app_.removeEventFilter(keys_.get());
+        system_.reset();
+        if (sim_) sim_->Stop();
+        TempWorkDir::TearDown();
+    }
+
+    CfgSheet& Sheet() { return windows_->Sheet(); }
+    QWidget* Page(const char* caption) {
+        SheetPage* p = Sheet().FindPage(caption);
+        EXPECT_NE(p, nullptr) << caption;
+        if (p != nullptr) Sheet().ShowPage(p);
+        return p;
+    }
+    // The operator clicks into the field, types and presses Enter.
+    void Type(const char* caption, const char* field, const QString& text) {
+        QWidget* page = Page(caption);
+        auto* e = page == nullptr ? nullptr : page->findChild<QLineEdit*>(field);
+        ASSERT_NE(e, nullptr) << field;
+        e->window()->activateWindow();
+        e->setFocus(Qt::MouseFocusReason);
+        QApplication::processEvents();
+        e->clear();
+        QTest::keyClicks(e, text);
+        QTest::keyClick(e, Qt::Key_Return);
+    }
+    template <class Button>
+    void Click(const char* caption, const QString& name) {
+        QWidget* page = Page(caption);
+        Button* found = nullptr;
+        for (Button* b : page == nullptr ? QList<Button*>{} : page->findChildren<Button*>()) {
+            if (b->objectName() == name || b->text() == name) found = b;
+        }
+        ASSERT_NE(found, nullptr) << caption << " " << name.toStdString();
+        found->click();
+    }
+    // Every sonar of the installation on, from its page.
+    void SonarsOn() {
+        for (const char* page : {"SB", "SSL", "SSH"}) Click<QCheckBox>(page, "SonarOn");
+    }
+    // A command of the main window's menu bar, as the operator picks it.
+    void Menu(const QString& text) {
+        QAction* found = nullptr;
+        for (QAction* a : windows_->Frame().menuBar()->findChildren<QAction*>()) {
+            if (a->text() == text) found = a;
+        }
+        ASSERT_NE(found, nullptr) << text.toStdString();
+        found->trigger();
+    }
+    QString LinkPane() const {
+        return windows_->Frame().ColourBar()->PaneText(Housekeeping::kLinkPane);
+    }
+    // The window document's cache of a display.
+    const SonarDataCache* Cache(int display) const {
+        CWaterfallDoc* doc = windows_->Displays()->Document(0);
+        return doc == nullptr ? nullptr : doc->ExistingCache(display);
+    }
+    std::int64_t CacheTotal(int display) const {
+        const SonarDataCache* c = Cache(display);
+        return c == nullptr ? 0 : c->Total();
+    }
+    // The event loop with the main window's timer running, until done or 15 s.
+    static bool Run(const std::function<bool()>& done) { return test::PumpUntil(done, 15000); }
+    static void RunFor(int ms) {
+        test::PumpUntil([] { return false; }, ms);
+    }
+    void Screenshot(const char* name) {
+        QDir().mkpath(QString::fromStdString(test::ScreenshotPath("")));
+        EXPECT_TRUE(
+            windows_->Frame().grab().save(QString::fromStdString(test::ScreenshotPath(name))));
+    }
+
+    QApplication& app_ = test::GuiApp();
+    FixedWallClock simClock_{1700000000123LL};
+    MonotonicTickSource ticks_;
+    FakeSystemClock clock_;
+    test::ScriptedOperator operator_;
+    EnableTable enables_;
+    std::unique_ptr<SimServer> sim_;
+    std::unique_ptr<System> system_;
+    std::unique_ptr<EnterKeyFilter> keys_;
+    std::unique_ptr<SheetContext> context_;
+    std::unique_ptr<ProgramWindows> windows_;
+};
+
+// Traces of type 80 in a data file, all of them and those of one subsystem's channel.
+struct FileTraces {
+    int all = 0;
+    int ofChannel = 0;
+};
+FileTraces CountTraces(const std::string& path, int subsystem, int channel) {
+    FileTraces t;
+    HsfReader reader;
+    if (!reader.Open(path)) return t;
+    SonarMessage m;
+    for (int n = 0; n < 1'000'000 && reader.Next(m) == ReadStatus::Record; ++n) {
+        if (m.type() != 80) continue;
+        ++t.all;
+        if (m.subsystem() == subsystem && m.channel() == channel) ++t.ofChannel;
+    }
+    return t;
+}
+
+TEST_F(Acceptance, LiveSurveyIsShownRecordedAndPlayedBackWhole) {
+    ASSERT_NO_FATAL_FAILURE(StartProgram());
+    ASSERT_TRUE(Run([&] { return LinkPane() == "NET:ON"; })) << LinkPane().toStdString();
+    SonarsOn();
+    ASSERT_TRUE(Run([&] {
+        for (int d = 0; d < kDisplays; ++d) {
+            if (system_->Lines().Lines(d) == 0 || CacheTotal(d) == 0) return false;
+        }
+        return true;
+    })) << "lines of displays 0-2: "
+        << system_->Lines().Lines(0) << " " << system_->Lines().Lines(1) << " "
+        << system_->Lines().Lines(2);
+
+    // Record a few seconds as the operator does, from the disk page.
+    Click<QPushButton>("Disk", "Record");
+    StorageControl& storage = system_->Storage();
+    ASSERT_TRUE(Run([&] { return storage.getStatus().state == StateRecord; }));
+    const std::string file = storage.getStatus().file;
+    RunFor(3000);
+    Screenshot("acceptance-live.png");
+    Click<QPushButton>("Disk", "Stop");
+    ASSERT_TRUE(Run([&] { return storage.getStatus().state == StateIdleRecord; }));
+
+    // The survey ends: sonars off, and the last live lines drain before the file is played.
+    SonarsOn();  // the same boxes, clicked again
+    std::uint64_t before = 0;
+    int still = 0;
+    ASSERT_TRUE(Run([&] {
+        const std::uint64_t now = system_->Lines().Lines(0);
+        still = now == before ? still + 1 : 0;
+        before = now;
+        RunFor(100);
+        return still >= 10;
+    }));
+
+    const FileTraces recorded = CountTraces(file, system_->Sonar().GetSonar(0).subsystem, 0);
+    ASSERT_GT(recorded.ofChannel, 5) << file;
+    PlayedTraces played;
+    system_->Hub().DataBus().Attach(&played);
+    std::array<std::uint64_t, kDisplays> base{};
+    for (int d = 0; d < kDisplays; ++d) base[d] = system_->Lines().Lines(d);
+
+    // The main window's playback command, as its recent-files menu and a dropped file use it.
+    windows_->Frame().PlayFile(file);
+    Menu("Playback Faster");
+    Menu("Playback Faster");
+    // A trace of a known sonar makes two lines on each display that shows it.
+    const auto lines0 = [&] { return system_->Lines().Lines(0) - base[0]; };
+    const bool whole = Run([&] {
+        return storage.getStatus().state == StateEndOfFile && played.count == recorded.all &&
+               lines0() >= 2u * recorded.ofChannel;
+    });
+    RunFor(500);  // nothing more may come
+    system_->Hub().DataBus().Detach(&played);
+    EXPECT_TRUE(whole) << "state " << storage.getStatus().state;
+    EXPECT_EQ(played.count, recorded.all);
+    EXPECT_EQ(lines0(), 2u * recorded.ofChannel);
+    for (int d = 1; d < kDisplays; ++d) EXPECT_GT(system_->Lines().Lines(d), base[d]) << d;
+    EXPECT_EQ(LinkPane(), "NET:PB");
+    Screenshot("acceptance-played.png");
+}
+
+TEST_F(Acceptance, GainTypedInTheDisplayPageChangesTheNextLines) {
+    ASSERT_NO_FATAL_FAILURE(StartProgram());
+    ASSERT_TRUE(Run([&] { return LinkPane() == "NET:ON"; }));
+    SonarsOn();
+    ASSERT_TRUE(Run([&] { return CacheTotal(0) >= 20; }));
+
+    // Down by 20 dB: a tenth of the amplitude, where the line is not clipped at full scale.
+    Type("D0", "Gain", "10");
+    const std::int64_t changedAt = CacheTotal(0);
+    ASSERT_TRUE(Run([&] { return CacheTotal(0) >= changedAt + 20; }));
+    Screenshot("acceptance-gain.png");
+
+    // The newest lines against the oldest ones still cached, over the same rows of the line.
+    const SonarDataCache* cache = Cache(0);
+    ASSERT_NE(cache, nullptr);
+    const SonarDataCacheElement* newest = cache->Get(0);
+    ASSERT_NE(newest, nullptr);
+    double sum[2] = {0, 0};
+    int lines[2] = {0, 0};
+    for (int age = 0; age < cache->Capacity(); ++age) {
+        const SonarDataCacheElement* e = cache->Get(age);
+        if (e == nullptr || e->size != newest->size) continue;
+        const int after = e->gain == newest->gain ? 1 : 0;
+        for (std::uint8_t p : e->pixels) sum[after] += p;
+        ++lines[after];
+    }
+    ASSERT_GE(lines[0], 10) << "lines before the change";
+    ASSERT_GE(lines[1], 10) << "lines after the change";
+    const double meanBefore = sum[0] / lines[0] / newest->size;
+    const double meanAfter = sum[1] / lines[1] / newest->size;
+    EXPECT_GT(meanBefore, 5.0);
+    EXPECT_LT(meanAfter, meanBefore / 4) << "before " << meanBefore << " after " << meanAfter;
+}
+
+}  // namespace
+}  // namespace halvo
