@@ -1,5 +1,7 @@
 #include "gui/pages/CfgStorage.h"
 
+#include "gui/pages/PageWidgets.h"
+
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDir>
@@ -37,19 +39,6 @@ constexpr std::array<ListEntry, 5> kRangeTypes{
 constexpr double kCoordPerDegree = 600000.0;
 // Degrees and minutes to four decimals, as the position texts of the traces read.
 constexpr int kRangePositionUnit = 1;
-
-QLineEdit* NumberEdit(QWidget* parent, int chars) {
-    auto* e = new QLineEdit(parent);
-    e->setMaximumWidth(e->fontMetrics().horizontalAdvance(QString(chars, '0')) + 16);
-    e->setAlignment(Qt::AlignRight);
-    return e;
-}
-
-QLabel* Unit(const QString& text, QWidget* parent) {
-    auto* l = new QLabel(text, parent);
-    l->setForegroundRole(QPalette::PlaceholderText);
-    return l;
-}
 
 }  // namespace
 

@@ -1,5 +1,7 @@
 #include "gui/pages/SetupAlert.h"
 
+#include "gui/pages/PageWidgets.h"
+
 #include <QCheckBox>
 #include <QGridLayout>
 #include <QGroupBox>
@@ -19,19 +21,6 @@ constexpr float kMaxAltitudeM = 10000.0f;
 constexpr float kMaxDegrees = 180.0f;
 constexpr float kMinDegC = -50.0f;
 constexpr float kMaxDegC = 200.0f;
-
-QLineEdit* NumberEdit(QWidget* parent, int chars) {
-    auto* e = new QLineEdit(parent);
-    e->setMaximumWidth(e->fontMetrics().horizontalAdvance(QString(chars, '0')) + 16);
-    e->setAlignment(Qt::AlignRight);
-    return e;
-}
-
-QLabel* Unit(const QString& text, QWidget* parent) {
-    auto* l = new QLabel(text, parent);
-    l->setForegroundRole(QPalette::PlaceholderText);
-    return l;
-}
 
 // Label, field and unit on one row of a grid, starting at column `col`.
 void Row(QGridLayout* g, int row, int col, const char* label, QLineEdit* field,

@@ -1,5 +1,7 @@
 #include "gui/pages/SetupStatus.h"
 
+#include "gui/pages/PageWidgets.h"
+
 #include <QCheckBox>
 #include <QGridLayout>
 #include <QGroupBox>
@@ -19,19 +21,6 @@ namespace halvo {
 namespace {
 
 constexpr int kItemColumns = 3;
-
-QLineEdit* NumberEdit(QWidget* parent, int chars) {
-    auto* e = new QLineEdit(parent);
-    e->setMaximumWidth(e->fontMetrics().horizontalAdvance(QString(chars, '0')) + 16);
-    e->setAlignment(Qt::AlignRight);
-    return e;
-}
-
-QLabel* Unit(const QString& text, QWidget* parent) {
-    auto* l = new QLabel(text, parent);
-    l->setForegroundRole(QPalette::PlaceholderText);
-    return l;
-}
 
 }  // namespace
 
