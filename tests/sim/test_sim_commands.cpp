@@ -59,8 +59,12 @@ TEST(SimCommands, EveryQueryGetsItsReplyWithTheRightSize) {
         EXPECT_EQ(r->direction(), DirReply);
         EXPECT_EQ(r->subsystem(), k.sub);
         EXPECT_GE(r->size(), k.minSize);
-        if (k.exactSize >= 0) EXPECT_EQ(r->size(), k.exactSize);
-        if (k.type == MsgPulseList) EXPECT_EQ(r->size() % 360, 0);
+        if (k.exactSize >= 0) {
+            EXPECT_EQ(r->size(), k.exactSize);
+        }
+        if (k.type == MsgPulseList) {
+            EXPECT_EQ(r->size() % 360, 0);
+        }
     }
 }
 
