@@ -30,7 +30,9 @@ TEST(SimFaults, BadMarkerAndOversizeComeAfterNMessages) {
         MessageHeader refused;
         EXPECT_FALSE(data.Read(2s, &refused).has_value());
         EXPECT_EQ(refused.marker, k.marker);
-        if (k.size >= 0) EXPECT_EQ(refused.size, k.size);
+        if (k.size >= 0) {
+            EXPECT_EQ(refused.size, k.size);
+        }
     }
 }
 

@@ -71,7 +71,9 @@ TEST_F(Controller, ChangesSendOnlyWhatDiffersFollowedByTheRateQueries) {
         sonar->SetSonar(c, 0);
         const std::vector<Sent> sent = TickAndDrain();
         EXPECT_EQ(Types(sent, 0), k.want);
-        if (!sent.empty()) EXPECT_EQ(sent.front().Word(), k.word);
+        if (!sent.empty()) {
+            EXPECT_EQ(sent.front().Word(), k.word);
+        }
     }
     EXPECT_TRUE(TickAndDrain().empty()) << "nothing changed since";
 }
