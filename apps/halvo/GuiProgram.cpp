@@ -10,6 +10,7 @@
 #include "gui/sheets/CfgSheet.h"
 #include "gui/sheets/EnableTable.h"
 #include "gui/sheets/EnterKeyFilter.h"
+#include "gui/sheets/SheetPage.h"
 #include "gui/shell/CMainFrame.h"
 #include "gui/shell/MessageBoxPrompts.h"
 #include "gui/shell/ProgramWindows.h"
@@ -80,6 +81,13 @@ int RunGui(int argc, char** argv, const GuiOptions& options) {
     CfgSheet* sheet = &windows.Sheet();
     boxes.SetParent(&frame);
     windows.Start(options.settings);
+    if (!options.sheetPage.empty()) {
+        if (SheetPage* page = sheet->FindPage(QString::fromStdString(options.sheetPage))) {
+            sheet->ShowPage(page);
+        } else {
+            std::fprintf(stderr, "halvo: no page \"%s\" in the sheet\n", options.sheetPage.c_str());
+        }
+    }
     if (options.ping) system.SwitchSonarsOn();
     if (options.record) system.Storage().RequestRecord();
     windows.Show();

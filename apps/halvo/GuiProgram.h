@@ -16,6 +16,7 @@ struct GuiOptions {
     bool record = false;          // press Record once started
     std::string eventLog;         // append every event log line to this file
     std::string sheetScreenshot;  // a picture of the "Status And Control" sheet, with the other
+    std::string sheetPage;        // the sheet's tab to show first, by caption
 };
 
 int RunGui(int argc, char** argv, const GuiOptions& options);
