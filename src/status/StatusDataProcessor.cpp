@@ -77,6 +77,11 @@ StatusRecord StatusDataProcessor::getRecord() {
     return record_;
 }
 
+std::int32_t StatusDataProcessor::MarkNumber() const {
+    std::lock_guard lock(recordMutex_);
+    return record_.markNumber;
+}
+
 StatusSettings StatusDataProcessor::getSettings() {
     return parts_.control.getSettings();
 }

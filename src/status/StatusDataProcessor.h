@@ -60,6 +60,9 @@ class StatusDataProcessor final : public MessageObserver {
     // A copy of the digest; starts status on first use and lets the next trace rebuild texts
     // and alerts.
     StatusRecord getRecord();
+    // The last mark number seen, without counting as a read of the record: cheap enough for a
+    // caller on every recorded write, and it leaves the digest's pacing to its real readers.
+    std::int32_t MarkNumber() const;
     StatusSettings getSettings();
     void setSettings(const StatusSettings& record);
     AlertSettings getAlertSettings();

@@ -1,7 +1,6 @@
 #include "system/HeadlessRunner.h"
 
 #include <chrono>
-#include <filesystem>
 #include <ostream>
 #include <thread>
 
@@ -25,18 +24,9 @@ void HeadlessRunner::PrintNewLogLines() {
 
 bool HeadlessRunner::StartNextFile() {
     if (nextFile_ >= options_.play.size()) return false;
-    const std::filesystem::path path(options_.play[nextFile_++]);
-    StorageControl& storage = system_.Storage();
-    // Stop first: a new file opens only through a stop and a start, as the page's chaining does.
-    storage.RequestStop();
-    StorageSettings s = storage.getSettings();
-    s.playbackDir = path.has_parent_path() ? path.parent_path().string() : std::string();
-    s.playbackFile = path.filename().string();
-    s.mode = ModeStop;
-    storage.setSettings(s);
-    std::this_thread::sleep_for(std::chrono::milliseconds(300));
-    storage.RequestPlayback();
-    system_.Log().Add("PLAY : " + path.string());
+    system_.PrepareToPlay(options_.play[nextFile_++]);
+    std::this_thread::sleep_for(std::chrono::milliseconds(System::kPlayDelayMs));
+    system_.Storage().RequestPlayback();
     playing_ = true;
     fileStartTick_ = system_.Clock().Tick();
     return true;

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
+#include <filesystem>
 #include <thread>
 
 #include "app/EventLog.h"
@@ -136,7 +137,7 @@ void System::MakeRecorder() {
     hooks.logging = logging_.get();
     hooks.notifier = notifier_;
     hooks.snapshot.now = [this] { return clock_->Now(); };
-    hooks.snapshot.markNumber = [this] { return status_ ? status_->getRecord().markNumber : 0; };
+    hooks.snapshot.markNumber = [this] { return status_ ? status_->MarkNumber() : 0; };
     hooks.snapshot.parameterChanges = [this] { return sonar_ ? sonar_->GetChangeCount() : 0; };
     hooks.snapshot.gps = [this] {
         const StatusRecord r = status_->getRecord();
@@ -460,6 +461,17 @@ void System::StopSonars() {
         if (sonar_->GetReplyCount() - before > 2) break;
         std::this_thread::sleep_for(std::chrono::milliseconds(kEndingPollMs));
     }
+}
+
+void System::PrepareToPlay(const std::string& file) {
+    const std::filesystem::path path(file);
+    storage_->RequestStop();
+    StorageSettings s = storage_->getSettings();
+    s.playbackDir = path.has_parent_path() ? path.parent_path().string() : std::string();
+    s.playbackFile = path.filename().string();
+    s.mode = ModeStop;
+    storage_->setSettings(s);
+    log_->Add("PLAY : " + file);
 }
 
 void System::SwitchSonarsOn() {

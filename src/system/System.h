@@ -94,6 +94,12 @@ class System {
     void Ending(bool save);
     bool Ended() const { return ended_; }
 
+    // The first half of playing a file: the recorder stops and is pointed at the file. A new
+    // file opens only through a stop and a start, so the caller asks for playback a moment later
+    // (kPlayDelayMs), once the recorder has noticed the stop.
+    static constexpr int kPlayDelayMs = 300;
+    void PrepareToPlay(const std::string& file);
+
     // The operator's "on" for every sonar in use: settings never switch a transmitter on by
     // themselves (SonarOn is not loaded), so a run without the sonar page uses this.
     void SwitchSonarsOn();

@@ -1,7 +1,6 @@
 #include "gui/shell/ProgramWindows.h"
 
 #include <QTimer>
-#include <filesystem>
 #include <span>
 #include <vector>
 
@@ -32,19 +31,12 @@ ShellCommands ProgramWindows::Commands() {
     c.recentFiles = [&system] { return system.RecentFiles(); };
     c.addRecentFile = [&system](const std::string& f) { system.AddRecentFile(f); };
     c.playFile = [this](const std::string& file) {
+        system_.PrepareToPlay(file);
+        // The window carries the delayed request, so it dies with the window and never outlives
+        // the system.
         StorageControl& storage = system_.Storage();
-        const std::filesystem::path path(file);
-        // A new file opens only through a stop and a start, as the disk page's chaining does.
-        storage.RequestStop();
-        StorageSettings s = storage.getSettings();
-        s.playbackDir = path.has_parent_path() ? path.parent_path().string() : std::string();
-        s.playbackFile = path.filename().string();
-        s.mode = ModeStop;
-        storage.setSettings(s);
-        // The recorder notices the stop on its next pass before it is asked to play. The window
-        // carries the request, so it dies with the window and never outlives the system.
-        QTimer::singleShot(300, &frame_, [&storage] { storage.RequestPlayback(); });
-        system_.Log().Add("PLAY : " + file);
+        QTimer::singleShot(System::kPlayDelayMs, &frame_,
+                           [&storage] { storage.RequestPlayback(); });
     };
     c.changePause = [&system] { system.Storage().ChangePause(); };
     c.playbackSlower = [&system] { system.Storage().PlaybackSlower(); };
