@@ -5,10 +5,12 @@
 
 #include <arpa/inet.h>
 #include <benchmark/benchmark.h>
+
 #include <netinet/in.h>
 #include <poll.h>
 #include <sys/socket.h>
 #include <unistd.h>
+#include "LoopbackConnect.h"
 
 #include <atomic>
 #include <chrono>
@@ -67,13 +69,8 @@ void BM_PlainReader(benchmark::State& state) {
         state.SkipWithError(error.c_str());
         return;
     }
-    const int fd = ::socket(AF_INET, SOCK_STREAM, 0);
-    sockaddr_in a{};
-    a.sin_family = AF_INET;
-    a.sin_port = htons(static_cast<std::uint16_t>(server.dataPort()));
-    a.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    if (::connect(fd, reinterpret_cast<sockaddr*>(&a), sizeof a) != 0) {
-        ::close(fd);
+    const int fd = halvo::bench::ConnectLoopback(server.dataPort());
+    if (fd < 0) {
         state.SkipWithError("cannot connect to the data port");
         return;
     }
