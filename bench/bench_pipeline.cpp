@@ -122,9 +122,15 @@ std::vector<std::uint32_t> ReadRecordings(const std::string& dir, const std::str
 }
 
 // Four displays (five rows less the plot row). The recorder keeps the raw form, byte for byte as
-// it arrived, so that the recording can be compared with the simulator's sent log by CRC.
-void WriteSettings(int commandPort, int dataPort, const std::string& dir, int playbackRate) {
+// it arrived, so that the recording can be compared with the simulator's sent log by CRC. A
+// depth above 0 sets the acquisition window of the three sonars, in samples, which sets the
+// size of every trace the simulator sends.
+void WriteSettings(int commandPort, int dataPort, const std::string& dir, int playbackRate,
+                   int depthSamples = 0) {
     std::ofstream ini("bench.Hni");
+    for (int d = 0; depthSamples > 0 && d < 3; ++d) {
+        ini << "[SBSonar" << d << "]\nWindowUnits=0\nADCDepth=" << depthSamples << "\n";
+    }
     ini << "[OverallConfig]\nNumSplits0=5\nHasPlot0=1\n"
         << "[MessageSonarCommand]\nHostName=127.0.0.1\nPort=" << commandPort
         << "\n[MessageSonarData]\nHostName=127.0.0.1\nPort=" << dataPort
@@ -141,7 +147,7 @@ struct LiveRun {
 
 // One live run at a multiplier: the headless program records what the simulator sends for
 // `seconds`, then the sent log and the recording are compared.
-LiveRun RunLive(double multiplier, double seconds) {
+LiveRun RunLive(double multiplier, double seconds, int depthSamples = 0) {
     WorkDir dir;
     LiveRun r;
     halvo::SystemWallClock wall;
@@ -157,7 +163,7 @@ LiveRun RunLive(double multiplier, double seconds) {
         halvo::SimServer sim(o, wall);
         std::string error;
         if (!sim.Start(error)) return r;
-        WriteSettings(sim.commandPort(), sim.dataPort(), dir.path(), 1000);
+        WriteSettings(sim.commandPort(), sim.dataPort(), dir.path(), 1000, depthSamples);
         halvo::MonotonicTickSource ticks;
         halvo::FakeSystemClock systemClock;
         std::ostringstream log;
@@ -234,14 +240,16 @@ double BaseTraceRate() {
     return base;
 }
 
+// Argument: the acquisition window in samples (0: the simulator's default, small traces).
 void BM_PipelineLive(benchmark::State& state) {
+    const int depth = static_cast<int>(state.range(0));
     const double base = BaseTraceRate();
     double best = 0, bestTraces = 0, bestMB = 0;
     std::uint64_t compared = 0, missing = 0;
     for (auto _ : state) {
         // Step up from 20 times the survey rate until the pipeline falls behind or loses.
         for (double m = 20; m <= 2560; m *= 2) {
-            const LiveRun r = RunLive(m, kRunSeconds);
+            const LiveRun r = RunLive(m, kRunSeconds, depth);
             const double traces = static_cast<double>(r.sentTraces) / r.seconds;
             const double mb = static_cast<double>(r.sentBytes) / r.seconds / 1e6;
             const bool kept = traces >= 0.9 * base * m;
@@ -267,6 +275,7 @@ void BM_PipelineLive(benchmark::State& state) {
         }
     }
     state.counters["survey_traces/s"] = base;
+    state.counters["bytes/trace"] = bestTraces > 0 ? bestMB * 1e6 / bestTraces : 0;
     state.counters["best_multiplier"] = best;
     state.counters["traces/s"] = bestTraces;
     state.counters["MB/s"] = bestMB;
@@ -413,6 +422,11 @@ void BM_Playback1GB(benchmark::State& state) {
 }  // namespace
 
 BENCHMARK(BM_SimPlainSend)->Iterations(1)->UseRealTime()->Unit(benchmark::kSecond);
-BENCHMARK(BM_PipelineLive)->Iterations(1)->UseRealTime()->Unit(benchmark::kSecond);
+BENCHMARK(BM_PipelineLive)
+    ->Arg(0)
+    ->Arg(20000)
+    ->Iterations(1)
+    ->UseRealTime()
+    ->Unit(benchmark::kSecond);
 BENCHMARK(BM_Playback1GB)->Iterations(1)->UseRealTime()->Unit(benchmark::kSecond);
 BENCHMARK_MAIN();

@@ -1,5 +1,7 @@
 #include "halvo-hsf/Progress.h"
 
+#include <unistd.h>
+
 #include <cstdio>
 #include <utility>
 
@@ -8,7 +10,8 @@ namespace halvo::hsf {
 Progress::Progress(std::string name, std::int64_t totalBytes)
     : name_(std::move(name)),
       total_(totalBytes),
-      active_(totalBytes > kQuietBytes),
+      // A carriage-return counter only makes sense on a terminal; in a log it is noise.
+      active_(totalBytes > kQuietBytes && ::isatty(STDERR_FILENO) == 1),
       last_(std::chrono::steady_clock::now()) {}
 
 Progress::~Progress() {

@@ -2,9 +2,11 @@
 
 #include <arpa/inet.h>
 #include <fcntl.h>
+#include <linux/sockios.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
 #include <poll.h>
+#include <sys/ioctl.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -46,6 +48,18 @@ void SimConnection::Shutdown() {
     std::lock_guard lock(mutex_);
     if (!shut_ && fd_ >= 0) ::shutdown(fd_, SHUT_RDWR);
     shut_ = true;
+}
+
+void SimConnection::ShutdownAfterSent(int timeoutMs) {
+    for (int waited = 0; waited < timeoutMs; waited += 2) {
+        int unsent = 0;
+        {
+            std::lock_guard lock(mutex_);
+            if (shut_ || fd_ < 0 || ::ioctl(fd_, SIOCOUTQ, &unsent) != 0 || unsent == 0) break;
+        }
+        ::usleep(2000);
+    }
+    Shutdown();
 }
 
 bool SimConnection::IsShut() const {

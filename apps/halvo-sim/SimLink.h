@@ -43,6 +43,9 @@ class SimConnection {
     // connection is shut down.
     bool Send(std::span<const std::uint8_t> bytes, int timeoutMs = 5000);
     // Wakes any writer and makes the peer see the end; the descriptor closes with the object.
+    // Waits, at most timeoutMs, until every byte handed to the socket has left this side, then
+    // shuts the link down: a deliberate drop must not discard what the sent log already counts.
+    void ShutdownAfterSent(int timeoutMs);
     void Shutdown();
     bool IsShut() const;
 

@@ -257,8 +257,8 @@ void SimServer::SendData(SonarMessage m) {
 
 void SimServer::DropLinks() {
     std::lock_guard lock(linkMutex_);
-    if (command_) command_->Shutdown();
-    if (data_) data_->Shutdown();
+    if (command_) command_->ShutdownAfterSent(500);
+    if (data_) data_->ShutdownAfterSent(1000);
     command_.reset();
     data_.reset();
     ++drops_;

@@ -4,6 +4,7 @@
 #include <netdb.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
+#include <sys/ioctl.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -269,6 +270,12 @@ void SocketIO::MarkUp() {
         lastActivity_ = ticks_.TickCount();
         probeOut_ = false;
     }
+}
+
+int SocketIO::QueuedBytes() const {
+    int n = 0;
+    if (fd_ < 0 || ::ioctl(fd_, FIONREAD, &n) != 0) return 0;
+    return n;
 }
 
 void SocketIO::OnError() {

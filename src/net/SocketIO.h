@@ -80,6 +80,8 @@ class SocketIO {
     // Whether the socket can take bytes now; asks the handler for a block when a header is
     // complete. May close the socket (a message that will never get a block).
     bool WantsRead();
+    // Bytes received and not yet read (0 when unknown).
+    int QueuedBytes() const;
     // Whether there is something to send (asks the handler while connected) or a connect to finish.
     bool WantsWrite();
     bool HasTransmit() const { return xmit_ != nullptr; }

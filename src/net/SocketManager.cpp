@@ -230,8 +230,16 @@ void SocketManager::Pass() {
             const short re = fds[i].revents;
             if (re == 0 || s->CloseRequested() || s->fd() < 0) continue;
             if (re & (POLLERR | POLLNVAL)) {
-                s->OnError();
-                if (s->fd() < 0) continue;
+                // A peer that resets the link may have sent bytes just before: they are still
+                // queued here and are read first (a reader waiting for a block reads them once
+                // it has one). The read that finds the queue empty then reports the reset.
+                const bool queued =
+                    !(re & POLLNVAL) && s->role() != SocketIO::RoleListener && s->QueuedBytes() > 0;
+                if (queued && !(fds[i].events & POLLIN)) continue;
+                if (!queued) {
+                    s->OnError();
+                    if (s->fd() < 0) continue;
+                }
             }
             if (priorityWorked) continue;
             const bool listener = s->role() == SocketIO::RoleListener;

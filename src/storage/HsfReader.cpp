@@ -1,5 +1,6 @@
 #include "storage/HsfReader.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
 #include <new>
@@ -13,8 +14,9 @@ namespace halvo {
 
 namespace {
 
-// The buffer starts at a good read size and grows, once, to room for the largest record of
-// either layout plus a read's worth behind it.
+// The buffer starts, at the first read, at a good read size and grows by doubling to room for the
+// largest record of either layout plus a read's worth behind it. A small file gets a buffer its
+// own size (rounded to a page): opening many short files should not cost megabytes each.
 constexpr std::size_t kInitialBufferSize = 256u * 1024u;
 constexpr std::size_t kBufferSize = 2u * 1024u * 1024u;
 
@@ -25,7 +27,7 @@ std::string Describe(const char* what, std::size_t got, std::size_t wanted) {
 
 }  // namespace
 
-HsfReader::HsfReader() : buffer_(kInitialBufferSize) {}
+HsfReader::HsfReader() = default;
 
 bool HsfReader::Open(const std::string& path) {
     Close();
@@ -59,15 +61,17 @@ void HsfReader::Close() {
 std::size_t HsfReader::Fill(std::size_t wanted) {
     std::size_t have = tail_ - head_;
     if (have >= wanted || !source_) return have;
-    if (head_ + wanted > buffer_.size()) {
+    if (head_ + wanted > buffer_.size() && head_ > 0) {
         // Move the unread rest to the front so the whole record fits behind it.
-        std::memmove(buffer_.data(), buffer_.data() + head_, have);
+        if (have > 0) std::memmove(buffer_.data(), buffer_.data() + head_, have);
         base_ += static_cast<std::int64_t>(head_);
         head_ = 0;
         tail_ = have;
-        if (wanted > buffer_.size()) buffer_.resize(kBufferSize);
     }
     while (have < wanted && !sourceAtEnd_ && !sourceFailed_) {
+        // The buffer grows only when bytes have filled it, so a damaged length announcing a huge
+        // record costs no more memory than the file really holds.
+        if (tail_ == buffer_.size()) Grow(head_ + wanted);
         const long n = source_->Read(std::span(buffer_).subspan(tail_));
         if (n < 0) {
             sourceFailed_ = true;
@@ -79,6 +83,21 @@ std::size_t HsfReader::Fill(std::size_t wanted) {
         }
     }
     return have;
+}
+
+void HsfReader::Grow(std::size_t needed) {
+    std::size_t size = kInitialBufferSize;
+    if (buffer_.empty()) {
+        // Only the first size trusts the file's size: a file still being written grows.
+        if (fileSize_ >= 0 && static_cast<std::uint64_t>(fileSize_) < size) {
+            size = (static_cast<std::size_t>(fileSize_) + 4095u) & ~std::size_t{4095};
+            size = std::max<std::size_t>(size, 4096u);
+        }
+    } else {
+        size = std::min(buffer_.size() * 2, std::max(kBufferSize, needed));
+        size = std::max(size, buffer_.size() + 4096u);
+    }
+    buffer_.resize(size);
 }
 
 ReadStatus HsfReader::Finish(ReadStatus status, std::string text) {

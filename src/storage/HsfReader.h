@@ -65,6 +65,7 @@ class HsfReader {
     ReadStatus LocateHsf(Extent& extent);
     ReadStatus LocateLegacy(Extent& extent);
     void BuildLegacy(const Extent& extent, std::span<std::uint8_t> block);
+    void Grow(std::size_t needed);
     std::size_t Fill(std::size_t wanted);
     ReadStatus Finish(ReadStatus status, std::string text);
 

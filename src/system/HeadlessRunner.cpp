@@ -51,7 +51,16 @@ int HeadlessRunner::Run(const std::atomic<bool>& stop) {
     const auto start = std::chrono::steady_clock::now();
     const auto period = std::chrono::milliseconds(options_.tickMs == 0 ? 250 : options_.tickMs);
     auto next = start + period;
+    // With no window to keep responsive, the display queue is drained every few milliseconds
+    // between passes rather than once a pass, so that a file played at full speed is held back
+    // by the display chain itself and not by the window's drawing pace.
+    const auto drainStep = std::chrono::milliseconds(kDrainMs);
     while (!stop.load()) {
+        for (auto at = std::chrono::steady_clock::now() + drainStep; at < next && !stop.load();
+             at += drainStep) {
+            std::this_thread::sleep_until(at);
+            system_.DrainDisplays(false);
+        }
         std::this_thread::sleep_until(next);
         next += period;
         housekeeping.Update();

@@ -1,8 +1,9 @@
 #pragma once
 // The program without a window: the same System and the same 250 ms housekeeping as the GUI,
-// driven from a plain loop. It prints the event log to a stream as it grows, presses Record once
-// the system has started if asked, plays files in turn as the storage page's chaining would,
-// and ends with the normal ending (with save) after a duration or on a stop request.
+// driven from a plain loop, with the display queue drained more often in between. It prints the
+// event log to a stream as it grows, presses Record once the system has started if asked, plays
+// files in turn as the storage page's chaining would, and ends with the normal ending (with save)
+// after a duration or on a stop request.
 
 #include <atomic>
 #include <cstdint>
@@ -25,6 +26,8 @@ struct HeadlessOptions {
 
 class HeadlessRunner {
   public:
+    static constexpr int kDrainMs = 20;  // display queue drains between housekeeping passes
+
     HeadlessRunner(System& system, HeadlessOptions options, std::ostream& out);
 
     // Runs until the duration is over, the stop flag is raised, or (when playing) the last file

@@ -3,8 +3,10 @@
 // observer that keeps what reached a bus, and a bounded wait.
 
 #include <arpa/inet.h>
+#include <linux/sockios.h>
 #include <netinet/in.h>
 #include <poll.h>
+#include <sys/ioctl.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -76,6 +78,21 @@ class RawPeer {
             done += static_cast<std::size_t>(n);
         }
         return done == bytes.size();
+    }
+    // Resets the connection (RST, as a sonar that is switched off mid-stream) once every byte
+    // sent has left this side; false when they did not leave in time.
+    bool Reset(std::chrono::milliseconds limit) {
+        const bool left = WaitFor(
+            [&] {
+                int unsent = 0;
+                return ::ioctl(conn_, SIOCOUTQ, &unsent) == 0 && unsent == 0;
+            },
+            limit);
+        const linger hard{1, 0};
+        ::setsockopt(conn_, SOL_SOCKET, SO_LINGER, &hard, sizeof hard);
+        ::close(conn_);
+        conn_ = -1;
+        return left;
     }
     // Reads exactly n bytes; false on close or when they did not come in time.
     bool Read(std::vector<std::uint8_t>& out, std::size_t n, std::chrono::milliseconds limit) {

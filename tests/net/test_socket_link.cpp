@@ -22,7 +22,9 @@ constexpr int kReconnectMs = 300;
 
 // One data endpoint on its own socket manager with a fine timer grain.
 struct Link {
-    explicit Link(int port, int source = SourceSonarData, int aliveMs = 0) {
+    explicit Link(int port, int source = SourceSonarData, int aliveMs = 0,
+                  std::chrono::microseconds observerDelay = {})
+        : kept(SourceSonarData, observerDelay) {
         run.Raise();
         hub.Start();
         hub.DataBus().Attach(&kept);
@@ -35,7 +37,7 @@ struct Link {
         io->Start(source == SourceSonarCommand ? &hub.CommandBus() : nullptr, aliveMs,
                   kReconnectMs);
     }
-    KeepingObserver kept{SourceSonarData};
+    KeepingObserver kept;
     RunFlag run;
     MessageHub hub{run};
     MonotonicTickSource ticks;
@@ -95,6 +97,34 @@ TEST(SocketLink, SizeLimitsAndBrokenHeaders) {
             EXPECT_EQ(link.kept.Kept()[0], good);
         }
     }
+}
+
+TEST(SocketLink, WhatArrivedBeforeAResetIsDeliveredWhole) {
+    // A slow bus: the link stops reading while the bus is full, so most of the stream is still
+    // queued on this side when the sonar resets the connection. None of it may be lost.
+    RawPeer peer;
+    Link link(peer.port(), SourceSonarData, 0, std::chrono::microseconds(3000));
+    ASSERT_TRUE(peer.Accept(2s));
+    ASSERT_TRUE(WaitFor([&] { return link.io->IsConnected() > 0; }, 2s));
+    constexpr int kMessages = 400;
+    std::vector<std::uint8_t> stream;
+    for (int i = 0; i < kMessages; ++i) {
+        auto frame = Frame(kMessageMarker, MsgTrace, 200, 200);
+        frame[kMessageHeaderSize] = static_cast<std::uint8_t>(i);
+        frame[kMessageHeaderSize + 1] = static_cast<std::uint8_t>(i >> 8);
+        stream.insert(stream.end(), frame.begin(), frame.end());
+    }
+    ASSERT_TRUE(peer.Send(stream));
+    ASSERT_TRUE(peer.Reset(2s));
+    ASSERT_LT(link.kept.count(), kMessages);  // the reset came while the stream was queued
+    ASSERT_TRUE(WaitFor([&] { return link.kept.count() == kMessages; }, 10s)) << link.kept.count();
+    const auto kept = link.kept.Kept();
+    for (int i = 0; i < kMessages; ++i) {
+        EXPECT_EQ(kept[i][kMessageHeaderSize] | kept[i][kMessageHeaderSize + 1] << 8, i);
+    }
+    // Then the reset is reported and the link comes back.
+    EXPECT_TRUE(WaitFor([&] { return !link.io->ErrorText().empty(); }, 2s));
+    EXPECT_TRUE(peer.Accept(std::chrono::milliseconds(kReconnectMs + 5 * kTimerMs + 1000)));
 }
 
 TEST(SocketLink, CommandsGoOutWholeWhileUpAndAreDroppedWhileDown) {
