@@ -109,13 +109,11 @@ TEST_F(HousekeepingTest, RecorderAndAltitudeRules) {
         std::uint32_t alerts;
         const char* text;
         int state;
-    } cases[] = {
-        {-1, 10.0, 0, "Alt  10", 0},  // exactly 10: no decimal
-        {-1, 9.96, 0, "Alt 10.0", 0},
-        {-1, 2.25, 1, "Alt 2.2", 1},  // "%3.1f" rounds half to even here; alerts blink
-        {3, 0, 0, "Alt 3.0", 0},      // a display's tracked altitude, taken absolute
-        {10, 5, 0, "Alerts", 0},
-    };
+    } cases[] = {{-1, 10.0, 0, "Alt  10", 0},  // exactly 10: no decimal
+                 {-1, 9.96, 0, "Alt 10.0", 0},
+                 {-1, 2.25, 1, "Alt 2.2", 1},  // "%3.1f" rounds half to even here; alerts blink
+                 {3, 0, 0, "Alt 3.0", 0},      // a display's tracked altitude, taken absolute
+                 {10, 5, 0, "Alerts", 0}};
     for (const Case& c : cases) {
         w_.altitudeDisplay = c.display;
         w_.altitude = c.altitude;

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <functional>
 #include <future>
 #include <mutex>
 #include <string>
@@ -66,6 +67,13 @@ class Gate : public MessageObserver {
     std::promise<void> started, open;
 };
 
+// Calls `fn` on every delivery, idle ticks included.
+struct OnDeliver : MessageObserver {
+    explicit OnDeliver(std::function<void(SonarMessage*, int)> f) : fn(std::move(f)) {}
+    void DeliverMessage(SonarMessage* msg, int src, std::uint32_t) override { fn(msg, src); }
+    std::function<void(SonarMessage*, int)> fn;
+};
+
 SonarMessage Msg(std::uint16_t type, std::uint8_t direction = DirReply, std::int32_t size = 4) {
     return SonarMessage::Build(type, direction, 0, 0, size);
 }
@@ -96,21 +104,13 @@ TEST_F(BusTest, StagesRunInOrderOverObserversInAttachOrderAndIdleTicksReachAll) 
         return ticks >= 12 && real == 6;
     }));
     std::lock_guard<std::mutex> g(m);
-    std::string order;
+    std::string order, idle;
     for (const Seen& s : log) {
-        if (s.source == SourceIdle) {
-            EXPECT_EQ(s.address, nullptr);
-            continue;
-        }
-        order += s.stage + std::to_string(s.id);
+        (s.source == SourceIdle ? idle : order) += s.stage + std::to_string(s.id);
+        EXPECT_TRUE(s.source != SourceIdle || s.address == nullptr);
     }
     EXPECT_EQ(order, "P1P2R1R2D1D2");
-    // Each idle pass walks all three stages, in stage order.
-    std::string tick;
-    for (std::size_t i = 0; i < log.size() && tick.size() < 6; ++i) {
-        if (log[i].source == SourceIdle) tick += log[i].stage + std::to_string(log[i].id);
-    }
-    EXPECT_EQ(tick, "P1P2R1");
+    EXPECT_EQ(idle.substr(0, 12), "P1P2R1R2D1D2");  // each idle pass walks all three stages
 }
 
 TEST_F(BusTest, OlderTraceSeenInPreviewArrivesAsTraceAtAnotherAddress) {
@@ -133,13 +133,11 @@ TEST(AcquireFilter, TableOfClassesAndValues) {
         std::uint16_t type;
         bool pass;
     };
-    const Row rows[] = {
-        {0, DirQC, MsgTrace, true},           {1, 3, MsgTrace, true},
-        {4, DirReply, MsgNmea, true},         {4, DirReply, MsgTrace, false},
-        {4, DirQC, MsgTrace, true},           {2, DirReply, MsgNmea, false},
-        {2, DirStoreForward, MsgTrace, true}, {1, DirStoreForward, MsgNmea, false},
-        {1, DirQC, MsgTrace, false},
-    };
+    const Row rows[] = {{0, DirQC, MsgTrace, true},           {1, 3, MsgTrace, true},
+                        {4, DirReply, MsgNmea, true},         {4, DirReply, MsgTrace, false},
+                        {4, DirQC, MsgTrace, true},           {2, DirReply, MsgNmea, false},
+                        {2, DirStoreForward, MsgTrace, true}, {1, DirStoreForward, MsgNmea, false},
+                        {1, DirQC, MsgTrace, false}};
     for (const Row& r : rows) {
         EXPECT_EQ(AcquireFilter::Passes(r.F, r.dir, r.type), r.pass)
             << "F " << r.F << " dir " << int(r.dir) << " type " << r.type;
@@ -156,13 +154,15 @@ TEST_F(BusTest, FilterAppliesOnlyToTheDataLinkAndFromTheNextMessage) {
         SonarMessage t = Msg(MsgTrace, DirReply);
         ASSERT_EQ(hub.DataBus().Post(t, source), 0);
     }
-    ASSERT_TRUE(WaitFor([&] { return hub.DataBus().QueueDepth() == 0; }));
-    std::this_thread::sleep_for(20ms);
-    std::lock_guard<std::mutex> g(m);
+    // Playback was posted last: once it is delivered, so is everything before it.
     std::vector<int> delivered;
-    for (const Seen& s : log) {
-        if (s.stage == "D" && s.source != SourceIdle) delivered.push_back(s.source);
-    }
+    ASSERT_TRUE(WaitFor([&] {
+        std::lock_guard<std::mutex> g(m);
+        delivered.clear();
+        for (const Seen& s : log)
+            if (s.stage == "D" && s.source != SourceIdle) delivered.push_back(s.source);
+        return !delivered.empty() && delivered.back() == SourcePlayback;
+    }));
     EXPECT_EQ(delivered, (std::vector<int>{SourceSonarCommand, SourcePlayback}));
 }
 
@@ -226,35 +226,22 @@ TEST_F(BusTest, DestructionReleasesQueuedMessagesAndStopsTheThread) {
 
 TEST_F(BusTest, ObserversMayDetachThemselvesAndDispatchNestedDerivedTraces) {
     MessageProcessor bus("t", run, AcquireFilter(), SystemUtcSeconds);
-    struct Deriver : MessageObserver {
-        MessageProcessor* bus;
-        std::vector<std::string>* order;
-        void DeliverMessage(SonarMessage* msg, int src, std::uint32_t) override {
-            order->push_back("deliver" + std::to_string(src));
-            if (src == SourceSonarData) {
-                bus->Dispatch(SonarMessage::Build(MsgTrace, DirReply, 0, 8, 240), SourceDerived, 0);
-                order->push_back("after");
-            }
-        }
-    };
-    struct Quitter : MessageObserver {
-        MessageProcessor* bus;
-        int calls = 0;
-        void DeliverMessage(SonarMessage*, int, std::uint32_t) override {
-            ++calls;
-            bus->Detach(this);
-        }
-    };
     std::vector<std::string> order;
-    Quitter q;
-    q.bus = &bus;
-    Deriver d;
-    d.bus = &bus;
-    d.order = &order;
-    bus.Attach(&q);
-    bus.Attach(&d);
+    int quitterCalls = 0;
+    OnDeliver quitter([&](SonarMessage*, int) {
+        ++quitterCalls;
+        bus.Detach(&quitter);
+    });
+    OnDeliver deriver([&](SonarMessage*, int src) {
+        order.push_back("deliver" + std::to_string(src));
+        if (src != SourceSonarData) return;
+        bus.Dispatch(SonarMessage::Build(MsgTrace, DirReply, 0, 8, 240), SourceDerived, 0);
+        order.push_back("after");
+    });
+    bus.Attach(&quitter);
+    bus.Attach(&deriver);
     bus.Dispatch(Msg(MsgTrace), SourceSonarData, 0);
-    EXPECT_EQ(q.calls, 1);
+    EXPECT_EQ(quitterCalls, 1);
     EXPECT_EQ(bus.Observers().size(), 1u);
     EXPECT_EQ(order, (std::vector<std::string>{"deliver2", "deliver7", "after"}));
 }
@@ -275,15 +262,11 @@ TEST_F(BusTest, HistoryRingKeepsTheOldWordForShortMessages) {
 }
 
 TEST_F(BusTest, SendCommandBuildsOrCopiesAndMapsDirections) {
-    struct Capture : MessageObserver {
-        std::mutex mu;
-        std::vector<MessageHeader> headers;
-        void DeliverMessage(SonarMessage* msg, int, std::uint32_t) override {
-            if (!msg) return;
-            std::lock_guard<std::mutex> g(mu);
-            headers.push_back(msg->Header());
-        }
-    } cap;
+    std::vector<MessageHeader> headers;
+    OnDeliver cap([&](SonarMessage* msg, int) {
+        std::lock_guard<std::mutex> g(m);
+        if (msg) headers.push_back(msg->Header());
+    });
     MessageHub hub(run);
     const std::uint32_t value = 5000;
     EXPECT_EQ(hub.SendCommand(&value, 4, MsgPingRate, 1, DirQuery, 20), 1) << "not started yet";
@@ -296,14 +279,14 @@ TEST_F(BusTest, SendCommandBuildsOrCopiesAndMapsDirections) {
     EXPECT_EQ(hub.SendCommand(whole, sizeof whole, 0, 0, 0, 0), 0);
     EXPECT_EQ(hub.SendCommand(whole, 10, 0, 0, 0, 0), 1);
     ASSERT_TRUE(WaitFor([&] {
-        std::lock_guard<std::mutex> g(cap.mu);
-        return cap.headers.size() == 3;
+        std::lock_guard<std::mutex> g(m);
+        return headers.size() == 3;
     }));
-    EXPECT_EQ(cap.headers[0].direction, DirSet);
-    EXPECT_EQ(cap.headers[0].subsystem, 20);
-    EXPECT_EQ(cap.headers[0].marker, kMessageMarker);
-    EXPECT_EQ(cap.headers[1].direction, DirReply);
-    EXPECT_EQ(cap.headers[2].type, MsgSonarOn);
+    EXPECT_EQ(headers[0].direction, DirSet);
+    EXPECT_EQ(headers[0].subsystem, 20);
+    EXPECT_EQ(headers[0].marker, kMessageMarker);
+    EXPECT_EQ(headers[1].direction, DirReply);
+    EXPECT_EQ(headers[2].type, MsgSonarOn);
 }
 
 TEST(MessageHub, FilterComesUpAsAllSourcesAfterLoad) {

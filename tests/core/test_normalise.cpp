@@ -12,21 +12,18 @@ namespace halvo {
 
 namespace {
 
-constexpr std::int64_t kLeapDayNoon = 1709210096;  // 2024-02-29 12:34:56 UTC
-std::int64_t FixedUtc() {
-    return kLeapDayNoon;
-}
+using F = TraceField;
+
+// 2024-02-29 12:34:56 UTC
+const UtcSecondsFn FixedUtc = [] { return std::int64_t{1709210096}; };
 
 SonarMessage Compact(std::uint16_t type, std::uint32_t w0, std::uint32_t w1, std::uint32_t w2,
                      std::uint32_t w3, const std::vector<std::uint8_t>& packed) {
     SonarMessage m =
         SonarMessage::Build(type, DirReply, 20, 1, static_cast<std::int32_t>(16 + packed.size()));
-    auto p = m.Payload();
-    StoreLE(p.data(), w0);
-    StoreLE(p.data() + 4, w1);
-    StoreLE(p.data() + 8, w2);
-    StoreLE(p.data() + 12, w3);
-    std::memcpy(p.data() + 16, packed.data(), packed.size());
+    const std::uint32_t words[] = {w0, w1, w2, w3};
+    for (int i = 0; i < 4; ++i) StoreLE(m.Payload().data() + 4 * i, words[i]);
+    std::memcpy(m.Payload().data() + 16, packed.data(), packed.size());
     return m;
 }
 
@@ -38,10 +35,21 @@ std::vector<std::uint8_t> PackA(const std::vector<std::int32_t>& v) {
 
 SonarMessage SideScan(std::int32_t count, int format, std::int32_t size) {
     SonarMessage m = SonarMessage::Build(MsgSideScanTrace, DirReply, 20, 2, size);
-    auto p = m.Payload();
-    PutLE<std::int32_t>(p, 12, count);
-    PutLE<std::uint16_t>(p, 36, static_cast<std::uint16_t>(format));
+    PutLE<std::int32_t>(m.Payload(), 12, count);
+    PutLE<std::uint16_t>(m.Payload(), 36, static_cast<std::uint16_t>(format));
     return m;
+}
+
+void ExpectFields(const SonarMessage&) {}
+// Pairs of field and value, in any number.
+template <class... Rest>
+void ExpectFields(const SonarMessage& m, F field, std::int64_t value, Rest... rest) {
+    EXPECT_EQ(ConstTraceHeaderView(m.Payload()).GetInt(field), value) << InfoOf(field).name;
+    ExpectFields(m, rest...);
+}
+
+std::int16_t SampleAt(const SonarMessage& m, int i) {
+    return LoadLE<std::int16_t>(m.Payload().data() + 240 + 2 * i);
 }
 
 }  // namespace
@@ -58,64 +66,44 @@ TEST(Normalise, ExpandedSizeRules) {
 
     EXPECT_EQ(ExpandedSize(SideScan(10, 1, 80)), 80 + 10 * 2 * 2);
     EXPECT_EQ(ExpandedSize(SideScan(10, 10, 80)), 80 + 10 * 4);
-
     // Compact forms: code 0 adds the header difference, packed codes scale by the ratio.
-    EXPECT_EQ(ExpandedSize(Compact(MsgCompactTrace, 0, 0, 0, 0, std::vector<std::uint8_t>(20))),
-              224 + 36);
-    EXPECT_EQ(
-        ExpandedSize(Compact(MsgCompactTrace, 0, 5u << 27, 0, 0, std::vector<std::uint8_t>(8))),
-        240 + 28);  // trunc(8 * 3.5 + 0.1)
-    EXPECT_EQ(ExpandedSize(Compact(MsgCompactSideScanTrace, 0, 1u << 27, 0, 0,
-                                   std::vector<std::uint8_t>(12))),
-              80 + 18);
+    const std::vector<std::uint8_t> z8(8), z12(12), z20(20);
+    EXPECT_EQ(ExpandedSize(Compact(MsgCompactTrace, 0, 0, 0, 0, z20)), 224 + 36);
+    EXPECT_EQ(ExpandedSize(Compact(MsgCompactTrace, 0, 5u << 27, 0, 0, z8)),
+              240 + 28);  // trunc(8 * 3.5 + 0.1)
+    EXPECT_EQ(ExpandedSize(Compact(MsgCompactSideScanTrace, 0, 1u << 27, 0, 0, z12)), 80 + 18);
     // A corrupt count beyond any real trace is left alone.
     EXPECT_EQ(ExpandedSize(SideScan(0x7FFFFFFF, 0, 80)), 80);
 }
 
 TEST(Normalise, CompactTraceFillsTheTraceHeaderAndDatesItNow) {
-    const std::vector<std::int32_t> samples = {1, 2, 3, 4, 5, 6};
-    const std::uint32_t w1 = (1u << 27) | (0u << 24) | (0xFDu << 16) | 32000u;  // gain exp -3
+    const std::uint32_t w1 = (1u << 27) | (0xFDu << 16) | 32000u;  // code 1, gain exp -3
     SonarMessage m = Compact(MsgCompactTrace, (7u << 16) | 1234u, w1, 20833u, (32u << 16) | 4567u,
-                             PackA(samples));
+                             PackA({1, 2, 3, 4, 5, 6}));
     SonarMessage out = Normalise(m, FixedUtc);
     ASSERT_TRUE(out);
     EXPECT_EQ(out.type(), MsgTrace);
     ASSERT_EQ(out.size(), 240 + 12);  // trunc(8 * 1.5 + 0.1) + 240
-    ConstTraceHeaderView h(out.Payload());
-    EXPECT_EQ(h.GetInt(TraceField::PingNumber), 1234);
-    EXPECT_EQ(h.GetInt(TraceField::StartDepth), 7);
-    EXPECT_EQ(h.GetInt(TraceField::ADCMax), 32000);
-    EXPECT_EQ(h.GetInt(TraceField::WeightingFactor), -3);
-    EXPECT_EQ(h.GetInt(TraceField::SampleIntervalNS), 20833);
-    EXPECT_EQ(h.GetInt(TraceField::MillisecondsToday), 4567);
-    EXPECT_EQ(h.GetInt(TraceField::ADCGain), 4);  // 2^(32/16) + 0.5
-    EXPECT_EQ(h.GetInt(TraceField::Samples), 6);
-    EXPECT_EQ(h.GetInt(TraceField::Year), 2024);
-    EXPECT_EQ(h.GetInt(TraceField::Day), 60);
-    EXPECT_EQ(h.GetInt(TraceField::Hour), 12);
-    EXPECT_EQ(h.GetInt(TraceField::Minute), 34);
-    EXPECT_EQ(h.GetInt(TraceField::Second), 56);
-    for (int i = 0; i < 6; ++i)
-        EXPECT_EQ(LoadLE<std::int16_t>(out.Payload().data() + 240 + 2 * i), i + 1);
+    // ADC gain: 2^(32/16) + 0.5.
+    ExpectFields(out, F::PingNumber, 1234, F::StartDepth, 7, F::ADCMax, 32000, F::WeightingFactor,
+                 -3, F::SampleIntervalNS, 20833, F::MillisecondsToday, 4567, F::ADCGain, 4,
+                 F::Samples, 6, F::Year, 2024, F::Day, 60, F::Hour, 12, F::Minute, 34, F::Second,
+                 56);
+    for (int i = 0; i < 6; ++i) EXPECT_EQ(SampleAt(out, i), i + 1);
 }
 
 TEST(Normalise, CompactSideScanBecomesATraceThroughTheOlderForm) {
-    const std::vector<std::int32_t> samples = {10, 20, 30};
     const std::uint32_t ms = 3 * 60000 + 7 * 1000;  // only 16 bits travel: 187000 & 0xFFFF
-    SonarMessage m = Compact(MsgCompactSideScanTrace, 77, 1u << 27, 1000, ms, PackA(samples));
+    const std::int64_t kept = ms & 0xFFFF;
+    SonarMessage m = Compact(MsgCompactSideScanTrace, 77, 1u << 27, 1000, ms, PackA({10, 20, 30}));
     SonarMessage out = Normalise(m, FixedUtc);
     ASSERT_TRUE(out);
     ASSERT_EQ(out.type(), MsgTrace);
-    ConstTraceHeaderView h(out.Payload());
-    EXPECT_EQ(h.GetInt(TraceField::ChannelNumber), 1);  // the header's channel, widened
-    EXPECT_EQ(h.GetInt(TraceField::PingNumber), 77);
-    EXPECT_EQ(h.GetInt(TraceField::SampleIntervalNS), 1000);
-    const std::uint32_t kept = ms & 0xFFFF;
-    EXPECT_EQ(h.GetInt(TraceField::MillisecondsToday), static_cast<std::int32_t>(kept));
-    EXPECT_EQ(h.GetInt(TraceField::Minute), static_cast<std::int32_t>((kept / 60000) % 60));
-    EXPECT_EQ(h.GetInt(TraceField::Year), 2024);
-    EXPECT_EQ(out.size(), 240 + 2 * h.GetInt(TraceField::Samples));
-    EXPECT_EQ(LoadLE<std::int16_t>(out.Payload().data() + 240 + 4), 30);
+    // The header's channel, widened.
+    ExpectFields(out, F::ChannelNumber, 1, F::PingNumber, 77, F::SampleIntervalNS, 1000,
+                 F::MillisecondsToday, kept, F::Minute, (kept / 60000) % 60, F::Year, 2024);
+    EXPECT_EQ(out.size(), 240 + 2 * ConstTraceHeaderView(out.Payload()).GetInt(F::Samples));
+    EXPECT_EQ(SampleAt(out, 2), 30);
 }
 
 TEST(Normalise, SideScanMappingAndItsSizeCases) {
@@ -132,15 +120,11 @@ TEST(Normalise, SideScanMappingAndItsSizeCases) {
     ASSERT_TRUE(out);
     ASSERT_EQ(out.type(), MsgTrace);
     ASSERT_EQ(out.size(), 240 + 8);
-    ConstTraceHeaderView h(out.Payload());
-    EXPECT_EQ(h.GetInt(TraceField::ChannelNumber), 200);
-    EXPECT_EQ(h.GetInt(TraceField::PingNumber), 99);
-    EXPECT_EQ(h.GetInt(TraceField::NumOfPulses), 250);
-    EXPECT_EQ(h.GetInt(TraceField::HeaveCompensationSamples), -5);
-    EXPECT_EQ(h.GetInt(TraceField::Samples), 4);
-    EXPECT_EQ(LoadLE<std::uint16_t>(out.Payload().data() + 240), 0xBEEF);
-    EXPECT_EQ(LoadLE<std::uint16_t>(out.Payload().data() + 242), 0x1234);
-    EXPECT_EQ(LoadLE<std::uint16_t>(out.Payload().data() + 244), 0);
+    ExpectFields(out, F::ChannelNumber, 200, F::PingNumber, 99, F::NumOfPulses, 250,
+                 F::HeaveCompensationSamples, -5, F::Samples, 4);
+    EXPECT_EQ(SampleAt(out, 0), std::int16_t(0xBEEF));
+    EXPECT_EQ(SampleAt(out, 1), 0x1234);
+    EXPECT_EQ(SampleAt(out, 2), 0);
 
     // Longer than the count says: copied as it stands, then mapped by the count.
     SonarMessage longer = SideScan(2, 1, 80 + 100);
@@ -155,15 +139,13 @@ TEST(Normalise, SideScanMappingAndItsSizeCases) {
 }
 
 TEST(Normalise, PlainMessagesAndShortOnesAreLeftAlone) {
-    SonarMessage plain = SonarMessage::Build(MsgTrace, DirReply, 0, 0, 240 + 8);
-    EXPECT_FALSE(Normalise(plain, FixedUtc));
-    SonarMessage sensor = SonarMessage::Build(MsgPressure, DirReply, 101, 0, 20);
-    EXPECT_FALSE(Normalise(sensor, FixedUtc));
-    SonarMessage shortCompact = SonarMessage::Build(MsgCompactTrace, DirReply, 0, 0, 8);
-    EXPECT_FALSE(Normalise(shortCompact, FixedUtc));
     SonarMessage shortTrace = SonarMessage::Build(MsgTrace, DirReply, 0, 0, 40);
     PutLE<std::uint16_t>(shortTrace.Payload(), 34, 0x0500);
-    EXPECT_FALSE(Normalise(shortTrace, FixedUtc));
+    SonarMessage cases[] = {SonarMessage::Build(MsgTrace, DirReply, 0, 0, 240 + 8),
+                            SonarMessage::Build(MsgPressure, DirReply, 101, 0, 20),
+                            SonarMessage::Build(MsgCompactTrace, DirReply, 0, 0, 8),
+                            std::move(shortTrace)};
+    for (SonarMessage& m : cases) EXPECT_FALSE(Normalise(m, FixedUtc)) << m.type();
 }
 
 TEST(Normalise, ALyingSizeNeverSizesTheNewBlock) {
@@ -181,12 +163,9 @@ TEST(Normalise, ALyingSizeNeverSizesTheNewBlock) {
 
 TEST(Normalise, CalendarFallsBackToTheSecondDayOfTheEpoch) {
     const UtcCalendar bad = BreakDownUtc(INT64_MAX);
-    EXPECT_EQ(bad.year, 1970);
-    EXPECT_EQ(bad.dayOfYear, 2);
-    EXPECT_EQ(bad.hour, 0);
+    EXPECT_EQ(std::tie(bad.year, bad.dayOfYear, bad.hour), std::make_tuple(1970, 2, 0));
     const UtcCalendar century = BreakDownUtc(951782400);  // 2000-02-29 00:00:00
-    EXPECT_EQ(century.year, 2000);
-    EXPECT_EQ(century.dayOfYear, 60);
+    EXPECT_EQ(std::tie(century.year, century.dayOfYear), std::make_tuple(2000, 60));
 }
 
 }  // namespace halvo

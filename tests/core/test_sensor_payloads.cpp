@@ -22,58 +22,47 @@ struct Bytes {
     Payload P() const { return b; }
 };
 
-bool Reads(std::uint16_t type, Payload p) {
-    switch (type) {
-        case 2000:
-            return ReadSerial(p).has_value();
-        case 2020:
-            return ReadPitchRoll(p).has_value();
-        case 2040:
-            return ReadAnalog(p).has_value();
-        case 2060:
-            return ReadPressure(p).has_value();
-        case 2070:
-            return ReadAltitude(p).has_value();
-        case 2080:
-            return ReadDvl(p).has_value();
-        case 2090:
-            return ReadSituation(p).has_value();
-        case 2091:
-            return ReadCompactSituation(p).has_value();
-        case 3001:
-            return ReadAttitude(p).has_value();
-        case 3002:
-            return ReadEnvironment(p).has_value();
-        case 3003:
-            return ReadRange(p).has_value();
-        case 3004:
-            return ReadPosition(p).has_value();
-        default:
-            return ReadAuxiliary(type, p).has_value();
-    }
+template <auto Reader>
+bool Reads(Payload p) {
+    return Reader(p).has_value();
+}
+template <std::uint16_t Type>
+bool ReadsAux(Payload p) {
+    return ReadAuxiliary(Type, p).has_value();
 }
 
 TEST(SensorPayloads, ShortMessagesAreIgnoredWhole) {
-    // type, minimum size, flag offset and a flag word that makes the message count
+    // minimum size, flag offset and a flag word that makes the message count
     struct Case {
-        std::uint16_t type;
+        bool (*reads)(Payload);
         std::size_t minimum, flagAt;
         std::uint32_t flags;
-    } cases[] = {{2000, 12, 0, 0},  {2020, 44, 36, 0x40}, {2040, 36, 0, 0},      {2060, 76, 24, 0},
-                 {2070, 44, 12, 0}, {2080, 56, 0, 0},     {2090, 276, 12, 0x10}, {2091, 100, 12, 0},
-                 {2100, 32, 20, 1}, {2101, 20, 16, 1},    {8060, 14, 8, 1},      {3001, 32, 8, 0},
-                 {3002, 36, 8, 0},  {3003, 24, 8, 0},     {3004, 56, 8, 0}};
+    } cases[] = {{Reads<ReadSerial>, 12, 0, 0},
+                 {Reads<ReadPitchRoll>, 44, 36, 0x40},
+                 {Reads<ReadAnalog>, 36, 0, 0},
+                 {Reads<ReadPressure>, 76, 24, 0},
+                 {Reads<ReadAltitude>, 44, 12, 0},
+                 {Reads<ReadDvl>, 56, 0, 0},
+                 {Reads<ReadSituation>, 276, 12, 0x10},
+                 {Reads<ReadCompactSituation>, 100, 12, 0},
+                 {ReadsAux<2100>, 32, 20, 1},
+                 {ReadsAux<2101>, 20, 16, 1},
+                 {ReadsAux<8060>, 14, 8, 1},
+                 {Reads<ReadAttitude>, 32, 8, 0},
+                 {Reads<ReadEnvironment>, 36, 8, 0},
+                 {Reads<ReadRange>, 24, 8, 0},
+                 {Reads<ReadPosition>, 56, 8, 0}};
     for (const Case& c : cases) {
-        SCOPED_TRACE(c.type);
+        SCOPED_TRACE(&c - cases);  // the row
         Bytes full(c.minimum), shorter(c.minimum - 1);
         if (c.flagAt) {
             full.At<std::uint16_t>(c.flagAt, static_cast<std::uint16_t>(c.flags));
             if (c.flagAt + 2 <= c.minimum - 1)
                 shorter.At<std::uint16_t>(c.flagAt, static_cast<std::uint16_t>(c.flags));
         }
-        EXPECT_TRUE(Reads(c.type, full.P()));
-        EXPECT_FALSE(Reads(c.type, shorter.P()));
-        EXPECT_FALSE(Reads(c.type, Payload{}));
+        EXPECT_TRUE(c.reads(full.P()));
+        EXPECT_FALSE(c.reads(shorter.P()));
+        EXPECT_FALSE(c.reads(Payload{}));
     }
 }
 

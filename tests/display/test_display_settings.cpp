@@ -36,10 +36,6 @@ TEST_F(DisplaySettingsTest, ConstructorPresetsThenLoaderDefaults) {
     EXPECT_EQ(r->Gain, 0);
     EXPECT_EQ(r->TVGLimit, 60);
     EXPECT_EQ(r->Channel, 4);
-    EXPECT_EQ(r->EventMarkWidth, 20);
-    EXPECT_EQ(r->ZoomAverage, 2);
-    EXPECT_EQ(r->TrackEnabled, 1);
-    EXPECT_EQ(r->sampleRate, 25000.0f);
 }
 
 TEST_F(DisplaySettingsTest, LoadsKeysResetsPingSelectionAndNeverWritesTrackEnabled) {

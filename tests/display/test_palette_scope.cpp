@@ -5,6 +5,8 @@
 
 #include <fstream>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "app/TempWorkDir.h"
 #include "display/DisplayUnits.h"
@@ -32,34 +34,32 @@ TEST(Palette, DefaultRampHasTintedEnds) {
 
 TEST(Palette, FilesInterpolateAndStopAtTheFirstBadLine) {
     const Palette def;
+    const auto done = Palette::Load::Complete, stop = Palette::Load::Stopped;
     const struct {
         const char* text;
         Palette::Load result;
-        int entry;
-        PaletteColour colour;
+        std::vector<std::pair<int, PaletteColour>> entries;
     } cases[] = {
-        {"0 0 0 0\n255 255 0 0\n", Palette::Load::Complete, 128, Rgb(128, 0, 0)},
-        {"0 0 0 0\n255 255 0 0\n", Palette::Load::Complete, 255, Rgb(255, 0, 0)},
+        {"0 0 0 0\n255 255 0 0\n", done, {{128, Rgb(128, 0, 0)}, {255, Rgb(255, 0, 0)}}},
         // One line ramps up from black below entry 0.
-        {"255 255 255 255\n", Palette::Load::Complete, 0, Rgb(0, 0, 0)},
-        {"255 255 255 255\n", Palette::Load::Complete, 127, Rgb(127, 127, 127)},
-        {"255 255 255 255\n", Palette::Load::Complete, 255, Rgb(255, 255, 255)},
+        {"255 255 255 255\n",
+         done,
+         {{0, Rgb(0, 0, 0)}, {127, Rgb(127, 127, 127)}, {255, Rgb(255, 255, 255)}}},
         // 256 ends the load: the entries before stay, from it onward the default.
-        {"0 10 20 30\n100 256 0 0\n200 0 0 0\n", Palette::Load::Stopped, 0, Rgb(10, 20, 30)},
-        {"0 10 20 30\n100 256 0 0\n200 0 0 0\n", Palette::Load::Stopped, 100, def[100]},
-        {"0 10 20 30\n100 -1 0 0\n", Palette::Load::Stopped, 50, def[50]},
-        {"0 10 20 30\n100 1 2\n", Palette::Load::Stopped, 100, def[100]},
-        {"0 10 20 30\nred 1 2 3\n", Palette::Load::Stopped, 1, def[1]},
-        {"10 100 100 100\n5 0 0 0\n20 0 0 0\n", Palette::Load::Complete, 3, Rgb(36, 36, 36)},
+        {"0 10 20 30\n100 256 0 0\n200 0 0 0\n", stop, {{0, Rgb(10, 20, 30)}, {100, def[100]}}},
+        {"0 10 20 30\n100 -1 0 0\n", stop, {{50, def[50]}}},
+        {"0 10 20 30\n100 1 2\n", stop, {{100, def[100]}}},
+        {"0 10 20 30\nred 1 2 3\n", stop, {{1, def[1]}}},
         // A lower index writes nothing but becomes the start of the next ramp.
-        {"10 100 100 100\n5 0 0 0\n20 0 0 0\n", Palette::Load::Complete, 10, Rgb(0, 0, 0)},
-        {"99999999999999999999 0 0 0\n", Palette::Load::Stopped, 0, def[0]},
-        {"", Palette::Load::Complete, 7, def[7]},
+        {"10 100 100 100\n5 0 0 0\n20 0 0 0\n", done, {{3, Rgb(36, 36, 36)}, {10, Rgb(0, 0, 0)}}},
+        {"99999999999999999999 0 0 0\n", stop, {{0, def[0]}}},
+        {"", done, {{7, def[7]}}},
     };
     for (const auto& c : cases) {
         Palette p;
         EXPECT_EQ(p.LoadText(c.text), c.result) << c.text;
-        EXPECT_EQ(p[c.entry], c.colour) << c.text << " entry " << c.entry;
+        for (const auto& [entry, colour] : c.entries)
+            EXPECT_EQ(p[entry], colour) << c.text << " entry " << entry;
     }
 }
 

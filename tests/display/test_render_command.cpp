@@ -2,10 +2,8 @@
 // its columns compared with the plot's own columns of the lines `halvo-hsf lines` reports.
 
 #include <gtest/gtest.h>
-#include <sys/wait.h>
 #include <zlib.h>
 
-#include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <nlohmann/json.hpp>
@@ -18,20 +16,13 @@
 #include "display/WaterfallImage.h"
 #include "display/WaterfallPlot.h"
 #include "storage/HsfTestWriter.h"
+#include "storage/StorageTestSupport.h"
 
 namespace halvo {
 namespace {
 
 std::string Tool(const std::string& args, int& status) {
-    const std::string cmd = std::string(HALVO_HSF_BIN) + " " + args + " 2>/dev/null";
-    std::string out;
-    FILE* p = ::popen(cmd.c_str(), "r");
-    if (!p) return out;
-    char buf[65536];
-    for (std::size_t n; (n = std::fread(buf, 1, sizeof buf, p)) > 0;) out.append(buf, n);
-    const int raw = ::pclose(p);
-    status = WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
-    return out;
+    return test::Run(std::string(HALVO_HSF_BIN) + " " + args, &status);
 }
 
 std::uint32_t BE32(const std::string& s, std::size_t at) {

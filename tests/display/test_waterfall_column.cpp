@@ -99,42 +99,6 @@ TEST(WaterfallColumn, InversionFillsAndMarks) {
     }
 }
 
-TEST(WaterfallColumn, MaxDepthPlacesTheLineByTowDepth) {
-    GeneralValues g = test::TestGeneral();
-    DisplayProcessingConfig cfg;
-    cfg.MaxDepth = 100;
-    cfg.sampleRate = 25000;
-    // 20 m below the surface at 750 m/s one way: 666 samples.
-    const SonarDataCacheElement line = MakeLine(std::vector<std::uint8_t>(500, 50), 20000);
-    ColumnOverlay overlay;
-    const auto col = Column(&line, cfg, g, 1400, &overlay);
-    EXPECT_EQ(col[0], 201);
-    EXPECT_EQ(col[665], 201);
-    EXPECT_EQ(col[666], 205);
-    EXPECT_EQ(col[1165], 205);
-    EXPECT_EQ(col[1166], 202);
-    EXPECT_EQ(overlay.firstSample, -666);
-    // Deeper than the column: all of it is the gap.
-    const auto deep = Column(&line, cfg, g, 600);
-    for (int i = 0; i < 600; ++i) ASSERT_EQ(deep[i], 201) << i;
-    // Dual lines are never placed by depth.
-    cfg.DualChannel = 1;
-    EXPECT_EQ(Column(&line, cfg, g, 10)[0], 205);
-    // The plot takes the line length from `MaxDepth` and starts it at the surface.
-    cfg.DualChannel = 0;
-    WaterfallPlot plot(0);
-    plot.Adopt(cfg, g);
-    SonarDataCache cache(20);
-    cache.Add(line);
-    plot.SetCache(&cache);
-    plot.SetImageRect(0, 0, 4, 100);
-    WaterfallImage image(4, 100);
-    ASSERT_TRUE(plot.DrawColumn(0, image));
-    EXPECT_EQ(plot.LineLength(), ToSamples(100, 25000, g));
-    EXPECT_EQ(plot.StartDepth(), 0);
-    EXPECT_EQ(plot.LastMaxDepth(), 100);
-}
-
 TEST(WaterfallColumn, IndicatorsSitAboveTheBottomByTheirOffset) {
     GeneralValues g = test::TestGeneral();
     g.BottomTrackIndicatorOffset = 1.0f;  // 1 m: 33 samples at 25 kHz
@@ -170,6 +134,36 @@ class PlotRig : public ::testing::Test {
     SonarDataCache cache{40};
     WaterfallPlot plot{2};
 };
+
+TEST_F(PlotRig, MaxDepthPlacesTheLineByTowDepth) {
+    cfg.MaxDepth = 100;
+    // 20 m below the surface at 750 m/s one way: 666 samples.
+    const SonarDataCacheElement line = MakeLine(std::vector<std::uint8_t>(500, 50), 20000);
+    ColumnOverlay overlay;
+    const auto col = Column(&line, cfg, g, 1400, &overlay);
+    EXPECT_EQ(col[0], 201);
+    EXPECT_EQ(col[665], 201);
+    EXPECT_EQ(col[666], 205);
+    EXPECT_EQ(col[1165], 205);
+    EXPECT_EQ(col[1166], 202);
+    EXPECT_EQ(overlay.firstSample, -666);
+    // Deeper than the column: all of it is the gap.
+    const auto deep = Column(&line, cfg, g, 600);
+    for (int i = 0; i < 600; ++i) ASSERT_EQ(deep[i], 201) << i;
+    // Dual lines are never placed by depth.
+    cfg.DualChannel = 1;
+    EXPECT_EQ(Column(&line, cfg, g, 10)[0], 205);
+    // The plot takes the line length from `MaxDepth` and starts it at the surface.
+    cfg.DualChannel = 0;
+    Apply();
+    cache.Add(line);
+    plot.SetImageRect(0, 0, 4, 100);
+    WaterfallImage image(4, 100);
+    ASSERT_TRUE(plot.DrawColumn(0, image));
+    EXPECT_EQ(plot.LineLength(), ToSamples(100, 25000, g));
+    EXPECT_EQ(plot.StartDepth(), 0);
+    EXPECT_EQ(plot.LastMaxDepth(), 100);
+}
 
 TEST_F(PlotRig, TraceZoomFactorRepeatsEachLine) {
     cfg.TraceZoomFactor = 3;

@@ -4,8 +4,8 @@
 #include <gtest/gtest.h>
 #include <turbojpeg.h>
 
-#include <map>
 #include <set>
+#include <tuple>
 
 #include "core/ByteOrder.h"
 #include "core/MessageTypes.h"
@@ -23,71 +23,55 @@ const TimeValue kT{1700000000, 250};
 
 TEST(SimSensors, PayloadsReadBackThroughTheReaders) {
     const SimFix fix{57.7, 11.8, 45.0, 1.94};
-    {
-        SonarMessage m = SimPitchRollMessage(kT, 3, 2.5, -4.0, 0.35, 359.995);
-        auto r = ReadPitchRoll(m.Payload());
-        ASSERT_TRUE(r);
-        EXPECT_EQ(r->stamp.seconds, kT.seconds);
-        EXPECT_EQ(r->stamp.subsecond, kT.ms);
-        EXPECT_EQ(r->stamp.source, 3);
-        EXPECT_NEAR(r->pitchDegrees, 2.5, 0.01);
-        EXPECT_NEAR(r->rollDegrees, -4.0, 0.01);
-        EXPECT_TRUE(r->heaveMm.valid);
-        EXPECT_EQ(r->heaveMm.value, 350);
-        EXPECT_TRUE(r->headingCentiDegrees.valid);
-        EXPECT_EQ(r->headingCentiDegrees.value, 0);  // wrapped, not 36000
-    }
-    {
-        SonarMessage m = SimPressureMessage(kT, 1, 25.0, 9.5, 1489.25);
-        EXPECT_EQ(m.size(), 76);
-        auto r = ReadPressure(m.Payload());
-        ASSERT_TRUE(r);
-        EXPECT_NEAR(r->depth.value, 25.0, 1e-3);
-        EXPECT_NEAR(r->temperature.value, 9.5, 1e-3);
-        EXPECT_NEAR(r->soundSpeed.value, 1489.25, 1e-3);
-        EXPECT_NEAR(r->pressurePsi.value, 14.696 + 25.0 * 1.4503, 1e-2);
-        EXPECT_TRUE(r->salinity.valid && r->conductivity.valid);
-    }
-    {
-        auto r = ReadAltitude(SimAltitudeMessage(kT, 2, 13.25).Payload());
-        ASSERT_TRUE(r);
-        EXPECT_TRUE(r->altitudeMm.valid);
-        EXPECT_EQ(r->altitudeMm.value, 13250);
-    }
-    {
-        std::array<std::int16_t, 12> v{};
-        for (int i = 0; i < 12; ++i) v[i] = static_cast<std::int16_t>(i * 100 - 300);
-        auto r = ReadAnalog(SimAnalogMessage(kT, v).Payload());
-        ASSERT_TRUE(r);
-        EXPECT_EQ(r->values, v);
-    }
-    {
-        SonarMessage m = SimSituationMessage(kT, 4, fix, 30.0, 45.0, 1.0, -2.0, 0.2, 1.0);
-        EXPECT_EQ(m.size(), 276);
-        auto r = ReadSituation(m.Payload());
-        ASSERT_TRUE(r);
-        EXPECT_DOUBLE_EQ(r->latitude.value, 57.7);
-        EXPECT_DOUBLE_EQ(r->longitude.value, 11.8);
-        EXPECT_DOUBLE_EQ(r->heading.value, 45.0);
-        EXPECT_TRUE(r->speed.valid);
-        EXPECT_NEAR(r->speed.value, 1.0, 1e-9);
-        EXPECT_NEAR(r->course.value, 45.0, 1e-6);
-    }
-    {
-        const std::string s = SimGGA(kT, fix);
-        const SonarMessage m = SimNmeaMessage(kT, 0, s);  // the reading views into its payload
-        auto r = ReadNmea(m.Payload());
-        ASSERT_TRUE(r);
-        EXPECT_EQ(r->text, s);
-        EXPECT_TRUE(r->Parsable());
-    }
-    {
-        SonarMessage m = SimContainerTimeMessage(kT);
-        EXPECT_EQ(m.size(), 12);
-        auto t = ReadContainerTime(m.Payload());
-        ASSERT_TRUE(t);
-        EXPECT_EQ(*t, kT);
-    }
+    auto pr = ReadPitchRoll(SimPitchRollMessage(kT, 3, 2.5, -4.0, 0.35, 359.995).Payload());
+    ASSERT_TRUE(pr);
+    EXPECT_EQ(std::tie(pr->stamp.seconds, pr->stamp.subsecond, pr->stamp.source),
+              std::make_tuple(kT.seconds, kT.ms, 3));
+    EXPECT_NEAR(pr->pitchDegrees, 2.5, 0.01);
+    EXPECT_NEAR(pr->rollDegrees, -4.0, 0.01);
+    EXPECT_TRUE(pr->heaveMm.valid && pr->headingCentiDegrees.valid);
+    EXPECT_EQ(pr->heaveMm.value, 350);
+    EXPECT_EQ(pr->headingCentiDegrees.value, 0);  // wrapped, not 36000
+
+    SonarMessage pm = SimPressureMessage(kT, 1, 25.0, 9.5, 1489.25);
+    EXPECT_EQ(pm.size(), 76);
+    auto p = ReadPressure(pm.Payload());
+    ASSERT_TRUE(p);
+    EXPECT_NEAR(p->depth.value, 25.0, 1e-3);
+    EXPECT_NEAR(p->temperature.value, 9.5, 1e-3);
+    EXPECT_NEAR(p->soundSpeed.value, 1489.25, 1e-3);
+    EXPECT_NEAR(p->pressurePsi.value, 14.696 + 25.0 * 1.4503, 1e-2);
+    EXPECT_TRUE(p->salinity.valid && p->conductivity.valid);
+
+    auto alt = ReadAltitude(SimAltitudeMessage(kT, 2, 13.25).Payload());
+    ASSERT_TRUE(alt && alt->altitudeMm.valid);
+    EXPECT_EQ(alt->altitudeMm.value, 13250);
+
+    std::array<std::int16_t, 12> v{};
+    for (int i = 0; i < 12; ++i) v[i] = static_cast<std::int16_t>(i * 100 - 300);
+    auto analog = ReadAnalog(SimAnalogMessage(kT, v).Payload());
+    ASSERT_TRUE(analog);
+    EXPECT_EQ(analog->values, v);
+
+    SonarMessage sm = SimSituationMessage(kT, 4, fix, 30.0, 45.0, 1.0, -2.0, 0.2, 1.0);
+    EXPECT_EQ(sm.size(), 276);
+    auto sit = ReadSituation(sm.Payload());
+    ASSERT_TRUE(sit && sit->speed.valid);
+    EXPECT_EQ(std::tie(sit->latitude.value, sit->longitude.value, sit->heading.value),
+              std::make_tuple(57.7, 11.8, 45.0));
+    EXPECT_NEAR(sit->speed.value, 1.0, 1e-9);
+    EXPECT_NEAR(sit->course.value, 45.0, 1e-6);
+
+    const std::string gga = SimGGA(kT, fix);
+    const SonarMessage nm = SimNmeaMessage(kT, 0, gga);  // the reading views into its payload
+    auto nmea = ReadNmea(nm.Payload());
+    ASSERT_TRUE(nmea);
+    EXPECT_EQ(nmea->text, gga);
+    EXPECT_TRUE(nmea->Parsable());
+
+    SonarMessage ct = SimContainerTimeMessage(kT);
+    EXPECT_EQ(ct.size(), 12);
+    EXPECT_EQ(ReadContainerTime(ct.Payload()), kT);
 }
 
 TEST(SimSensors, SentencesHaveValidChecksumsAndFields) {

@@ -125,17 +125,13 @@ class SonarRig : public TempWorkDir {
     std::unique_ptr<SonarIF> sonar;
 };
 
-// "124q" for a query, "124" for a set; sensor groups and other subsystems as "83@102".
-inline std::string Describe(const Sent& s) {
-    std::string t = std::to_string(s.type);
-    if (s.direction == DirQuery) t += "q";
-    return t;
-}
-
-inline std::vector<std::string> Types(const std::vector<Sent>& sent, int subsystem) {
+// "124q" for a query, "124" for a set, of one subsystem; of all, with theirs, as "83@102".
+inline std::vector<std::string> Types(const std::vector<Sent>& sent, int subsystem = -1) {
     std::vector<std::string> out;
     for (const Sent& s : sent) {
-        if (s.subsystem == subsystem) out.push_back(Describe(s));
+        const std::string t = std::to_string(s.type) + (s.direction == DirQuery ? "q" : "");
+        if (subsystem < 0) out.push_back(t + "@" + std::to_string(s.subsystem));
+        if (s.subsystem == subsystem) out.push_back(t);
     }
     return out;
 }

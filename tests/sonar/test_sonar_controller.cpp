@@ -10,12 +10,6 @@
 namespace halvo::test {
 namespace {
 
-std::vector<std::string> Seq(const std::vector<Sent>& sent) {
-    std::vector<std::string> out;
-    for (const Sent& s : sent) out.push_back(Describe(s) + "@" + std::to_string(s.subsystem));
-    return out;
-}
-
 using Controller = SonarRig;
 
 TEST_F(Controller, FirstConnectionFlagForcesTheNextCheckAfterItIsSet) {
@@ -62,8 +56,7 @@ TEST_F(Controller, ChangesSendOnlyWhatDiffersFollowedByTheRateQueries) {
         {"coupling",
          [](SonarConfig& c) { c.couplingDelay = 3; },
          {"129", "129q", "124q", "142q"},
-         0},
-    };
+         0}};
     for (const Case& k : cases) {
         SCOPED_TRACE(k.what);
         SonarConfig c = sonar->GetSonar(0);
@@ -109,7 +102,7 @@ TEST_F(Controller, SampleRateRepliesSendWindowsOnlyWhenMarkedOrChanged) {
     Connect();
     // The full send marked the windows: the first rate reply sends them with that rate.
     std::vector<Sent> sent = Reply(MsgSampleRate, 20, Word(20000000));
-    EXPECT_EQ(Seq(sent),
+    EXPECT_EQ(Types(sent),
               (std::vector<std::string>{"441@20", "441@20", "81@20", "81@20", "124q@20"}));
     // Storage: 101 m at 20000/s is 2693.3 (+ 0.49) -> 2693 -> 2694; delay 0; decimators 1.
     EXPECT_EQ(GetLE<std::uint16_t>(sent[0].payload, 2), 1);
@@ -208,10 +201,10 @@ TEST_F(Controller, SensorsAndRecorderFollowTheirFlags) {
     std::vector<Sent> sent = Connect();
     ASSERT_GE(sent.size(), 14u);
     const std::vector<Sent> tail(sent.end() - 14, sent.end() - 1);  // before the status query
-    EXPECT_EQ(Seq(tail).front(), "83@102");
+    EXPECT_EQ(Types(tail).front(), "83@102");
     EXPECT_EQ(tail[1].Word(), 1) << "sensor inputs on";
-    EXPECT_EQ(Seq(tail).at(11), "427@0");
-    EXPECT_EQ(Seq(tail).at(12), "420@0");
+    EXPECT_EQ(Types(tail).at(11), "427@0");
+    EXPECT_EQ(Types(tail).at(12), "420@0");
 
     sensor.pitchRollSelect = 1;
     sonar->SetSensor(sensor);
@@ -231,7 +224,7 @@ TEST_F(Controller, R90SendsFixedWindowsTwiceAndStreamFlags) {
     c.inputChannels = 2;
     sonar->SetSonar(c, 0);
     std::vector<Sent> sent = Connect();
-    std::vector<std::string> seq = Seq(sent);
+    std::vector<std::string> seq = Types(sent);
     const auto low = std::find(seq.begin(), seq.end(), "1201@20");
     ASSERT_NE(low, seq.end());
     EXPECT_EQ(*(low + 1), "1200@20");
@@ -242,7 +235,7 @@ TEST_F(Controller, R90SendsFixedWindowsTwiceAndStreamFlags) {
     std::vector<std::string> windows;
     for (const Sent& s : sent) {
         if (s.type == MsgWindow)
-            windows.push_back(Seq({s}).front() + "/" + std::to_string(s.channel));
+            windows.push_back(Types({s}).front() + "/" + std::to_string(s.channel));
     }
     EXPECT_EQ(windows, (std::vector<std::string>{"81@20/0", "81@21/0", "81@20/1", "81@21/1"}));
     const Sent& w =

@@ -13,6 +13,7 @@
 #include "net/SocketManager.h"
 #include "platform/FakeSystemClock.h"
 #include "platform/MonotonicTickSource.h"
+#include "sim/SimTestServer.h"
 #include "sonar/SonarRig.h"
 
 namespace halvo::test {
@@ -52,9 +53,7 @@ class SonarOverLink : public SonarRig {
     void StartLink(bool silent, const std::function<void(SonarIF&)>& before = {}) {
         Make(OverallConfig::kConfigSBSS);
         if (before) before(*sonar);
-        SimOptions o;
-        o.portBase = 0;
-        o.discoveryPort = -1;
+        SimOptions o = TestOptions();
         o.quiet = true;
         o.sensors = false;
         o.silent = silent;
@@ -230,56 +229,46 @@ TEST_F(SonarOverLink, HandshakeReplyBringsASecondFullSendThenOnlyChanges) {
 }
 
 TEST_F(SonarOverLink, WindowsInSamplesMillisecondsAndMetres) {
-    StartLink(false, [](SonarIF& s) {
-        SonarConfig c = s.GetSonar(0);  // 25000 samples/s
-        c.windowUnits = SonarConfig::UnitsSamples;
-        c.delay = 11.0f;
-        c.depth = 1001.0f;
-        c.pixelDecimator = 3;
-        s.SetSonar(c, 0);
-        c = s.GetSonar(1);  // 20000 samples/s
-        c.windowUnits = SonarConfig::UnitsMilliseconds;
-        c.delay = 3.0f;
-        c.depth = 51.0f;
-        c.pixelDecimator = 3;
-        s.SetSonar(c, 1);
-        c = s.GetSonar(2);  // 40000 samples/s
-        c.windowUnits = SonarConfig::UnitsMeters;
-        c.delay = 5.0f;
-        c.depth = 33.0f;
-        c.pixelDecimator = 5;
-        s.SetSonar(c, 2);
-    });
-    sonar->Tick();
-    std::vector<Received> w;
-    auto windows = [&] {
-        std::vector<Received> out;
-        for (const Received& r : w)
-            if (r.type == MsgWindow && r.channel == 0) out.push_back(r);
-        return out;
-    };
-    ASSERT_TRUE(WaitUntil([&] {
-        w = Fence();
-        return windows().size() == 3;
-    }));
+    // Delay, depth and decimator per subsystem, then the delay and width the display window
+    // must carry at the simulator's own ADC rate.
     struct Want {
-        int sub;
-        std::int64_t delay, width;
+        int sub, units;
+        float delay, depth;
+        int pixel;
+        std::int64_t wantDelay, wantWidth;
     };
     // Samples: 11 -> 12, 1001 -> 1002, not divided. Milliseconds at 20000/s: 3 ms = 60,
     // 51 ms = 1020, not divided. Metres at 40000/s: 5 m = 266.67 (+0.49) -> 267 / 5 = 53 -> 54;
     // 33 m = 1760 / 5 = 352.
-    const Want want[] = {{0, 12, 1002}, {20, 60, 1020}, {21, 54, 352}};
+    const Want want[] = {{0, SonarConfig::UnitsSamples, 11, 1001, 3, 12, 1002},
+                         {20, SonarConfig::UnitsMilliseconds, 3, 51, 3, 60, 1020},
+                         {21, SonarConfig::UnitsMeters, 5, 33, 5, 54, 352}};
+    StartLink(false, [&](SonarIF& s) {
+        for (int d = 0; d < 3; ++d) {
+            SonarConfig c = s.GetSonar(d);
+            c.windowUnits = want[d].units;
+            c.delay = want[d].delay;
+            c.depth = want[d].depth;
+            c.pixelDecimator = want[d].pixel;
+            s.SetSonar(c, d);
+        }
+    });
+    sonar->Tick();
+    std::vector<Received> windows;
+    ASSERT_TRUE(WaitUntil([&] {
+        windows.clear();
+        for (const Received& r : Fence())
+            if (r.type == MsgWindow && r.channel == 0) windows.push_back(r);
+        return windows.size() == 3;
+    }));
     for (const Want& k : want) {
         SCOPED_TRACE(k.sub);
-        const auto it = std::find_if(w.begin(), w.end(), [&](const Received& r) {
-            return r.type == MsgWindow && r.subsystem == k.sub && r.channel == 0;
-        });
-        ASSERT_NE(it, w.end());
+        const auto it = std::find_if(windows.begin(), windows.end(),
+                                     [&](const Received& r) { return r.subsystem == k.sub; });
+        ASSERT_NE(it, windows.end());
         ASSERT_EQ(it->words.size(), 4u);
-        EXPECT_EQ(it->words[1], k.delay);
-        EXPECT_EQ(it->words[2], k.width);
-        EXPECT_EQ(it->words[3], 2 * k.width);
+        EXPECT_EQ(std::vector(it->words.begin() + 1, it->words.end()),
+                  (std::vector<std::int64_t>{k.wantDelay, k.wantWidth, 2 * k.wantWidth}));
     }
 }
 

@@ -34,8 +34,7 @@ TEST(SonarWindow, DisplayAndStorageInEachUnitWithOddValues) {
         // Storage is never divided: 300 and 3367 -> 3368.
         {"metres", 2, 9.0f, 101.0f, 7, 25000000, 42, 482, 300, 3368},
         // A pixel decimator below 1 counts as 1.
-        {"metres pixel 0", 2, 0.0f, 15.0f, 0, 1000000, 0, 20, 0, 20},
-    };
+        {"metres pixel 0", 2, 0.0f, 15.0f, 0, 1000000, 0, 20, 0, 20}};
     for (const Case& k : cases) {
         SCOPED_TRACE(k.what);
         SonarConfig c;

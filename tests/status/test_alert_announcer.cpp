@@ -40,16 +40,14 @@ TEST_F(Announcer, BeepsOnlyWhenEveryConditionHolds) {
         int flags;
         bool beeps;
     };
-    const Case cases[] = {
-        {AlertRoll, 500, 200, AlertBeep, true},
-        {AlertRoll, 0, 200, AlertBeep, false},  // interval 0: no beep
-        {AlertRoll, 1, 200, AlertBeep, true},
-        {AlertRoll, 99999, 200, AlertBeep, true},
-        {AlertRoll, 100000, 200, AlertBeep, false},
-        {AlertRoll, 500, 0, AlertBeep, false},
-        {AlertRoll, 500, 200, AlertRoll, false},  // bit 8 clear
-        {0, 500, 200, AlertBeep, false},
-    };
+    const Case cases[] = {{AlertRoll, 500, 200, AlertBeep, true},
+                          {AlertRoll, 0, 200, AlertBeep, false},  // interval 0: no beep
+                          {AlertRoll, 1, 200, AlertBeep, true},
+                          {AlertRoll, 99999, 200, AlertBeep, true},
+                          {AlertRoll, 100000, 200, AlertBeep, false},
+                          {AlertRoll, 500, 0, AlertBeep, false},
+                          {AlertRoll, 500, 200, AlertRoll, false},  // bit 8 clear
+                          {0, 500, 200, AlertBeep, false}};
     AlertAnnouncer announcer = Make();
     int expectedTones = 0;
     for (const Case& c : cases) {
@@ -86,8 +84,7 @@ TEST_F(Announcer, LogsEachChangeOfTheWordOnce) {
         {0x41, "ALERTS : Alerts pending 41"},
         {0x41, nullptr},
         {0x20000, "ALERTS : Alerts pending 20000"},
-        {0, "ALERTS : No alerts"},
-    };
+        {0, "ALERTS : No alerts"}};
     for (const auto& [word, line] : steps) {
         const std::uint64_t before = log_.LastSequence();
         word_ = word;

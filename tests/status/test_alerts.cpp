@@ -99,8 +99,7 @@ TEST_F(Alerts, EachTestRaisesExactlyAtItsBoundary) {
         {"crossed below", misc(200, 100), {{F::AnnotationWord4, -5}}, 0},
         {"adc at 32000", none, {{F::ADCMax, 32000}}, 0},
         {"adc at 32001", none, {{F::ADCMax, 32001}}, AlertAdcClip},
-        {"adc unsigned", none, {{F::ADCMax, -1}}, AlertAdcClip},
-    };
+        {"adc unsigned", none, {{F::ADCMax, -1}}, AlertAdcClip}};
     for (const BoundaryCase& c : cases) {
         AlertSettings a;
         a.alertFlags = AlertRoll | AlertPitch | AlertAltitude | AlertHot | AlertLeak | AlertAdcClip;
@@ -138,12 +137,10 @@ TEST_F(Alerts, DiskAndNavigationLimits) {
         int minDiskFree;
         std::uint32_t expected;
     };
-    const Case cases[] = {
-        {2, 11, 10, 0},        {2, 10, 10, AlertDisk},
-        {2, 0, 10, AlertDisk}, {2, -1, 10, 0},  // no record folder
-        {2, 0, -1, 0},                          // watch switched off
-        {1, 50, 10, AlertNav}, {0, 50, 10, AlertNav},
-    };
+    const Case cases[] = {{2, 11, 10, 0},        {2, 10, 10, AlertDisk},
+                          {2, 0, 10, AlertDisk}, {2, -1, 10, 0},  // no record folder
+                          {2, 0, -1, 0},                          // watch switched off
+                          {1, 50, 10, AlertNav}, {0, 50, 10, AlertNav}};
     for (const Case& c : cases) {
         nav_ = c.nav;
         StorageStatus st;

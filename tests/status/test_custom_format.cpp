@@ -64,17 +64,15 @@ TEST(CustomFormat, FieldOffsetsPickWidthAndStayInBounds) {
         int field;
         std::optional<std::int32_t> expected;
     };
-    const Case cases[] = {
-        {all, 169, -2},           // odd: 16 bits at the offset less 1, sign kept
-        {all, 168, 0x0001'FFFE},  // even: 32 bits
-        {all, 171, 1},
-        {all, 236, 123456},
-        {all, 239, 1},             // 16 bits at 238: the top half of 123456
-        {all, 240, std::nullopt},  // past the header
-        {all, -1, std::nullopt},
-        {header, 238, std::nullopt},  // 32 bits would run past the bytes given
-        {header, 239, 1},
-    };
+    const Case cases[] = {{all, 169, -2},           // odd: 16 bits at the offset less 1, sign kept
+                          {all, 168, 0x0001'FFFE},  // even: 32 bits
+                          {all, 171, 1},
+                          {all, 236, 123456},
+                          {all, 239, 1},             // 16 bits at 238: the top half of 123456
+                          {all, 240, std::nullopt},  // past the header
+                          {all, -1, std::nullopt},
+                          {header, 238, std::nullopt},  // 32 bits would run past the bytes given
+                          {header, 239, 1}};
     for (const Case& c : cases) {
         EXPECT_EQ(ReadCustomField(c.bytes, c.field), c.expected) << c.field;
     }

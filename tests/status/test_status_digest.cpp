@@ -25,28 +25,22 @@ class StatusDigest : public StatusRig {
             return table[sonar];
         };
         s.display = [](int) { return DisplayState{0, 1000, 0, 0.25f}; };
+        // Words 0 and 11..13: overflows, bottle and ambient temperature, supply voltage.
         s.systemStatus = [] {
-            SystemStatusWords w{};
-            w[0] = 3;
-            w[11] = 30000;
-            w[12] = 21500;
-            w[13] = 48000;
-            return std::optional(w);
+            return std::optional(
+                SystemStatusWords{3, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 30000, 21500, 48000});
         };
         ASSERT_TRUE(processor_.SetSources(std::move(s)));
     }
 
     static SonarMessage Sb(int ping) {
-        return MakeTrace({{TraceField::PingNumber, ping},
-                          {TraceField::ADCGain, 7},
-                          {TraceField::ADCMax, 16383},
-                          {TraceField::DepthMM, 12345},
-                          {TraceField::PressurePSI, 20000},
-                          {TraceField::SoundSpeed, 1499.6},
-                          {TraceField::Temperature, 125},
-                          {TraceField::AnnotationWord5, -1000},
-                          {TraceField::WeightingFactor, 42},
-                          {TraceField::MarkNumber, 3}});
+        using F = TraceField;
+        const Fields fields = {{F::PingNumber, ping},    {F::ADCGain, 7},
+                               {F::ADCMax, 16383},       {F::DepthMM, 12345},
+                               {F::PressurePSI, 20000},  {F::SoundSpeed, 1499.6},
+                               {F::Temperature, 125},    {F::AnnotationWord5, -1000},
+                               {F::WeightingFactor, 42}, {F::MarkNumber, 3}};
+        return MakeTrace(fields);
     }
 };
 
@@ -143,13 +137,11 @@ TEST_F(StatusDigest, PingTextStopsAtTheLimitWithoutPartialItems) {
         std::size_t limit;
         std::string expected;
     };
-    const Case cases[] = {
-        {200, full},
-        {full.size() + 1, full},
-        {full.size(), "Ping 5 | Signal MAX | Gain 9 | "},
-        {10, "Ping 5 | "},
-        {9, ""},
-    };
+    const Case cases[] = {{200, full},
+                          {full.size() + 1, full},
+                          {full.size(), "Ping 5 | Signal MAX | Gain 9 | "},
+                          {10, "Ping 5 | "},
+                          {9, ""}};
     for (const Case& c : cases) EXPECT_EQ(processor_.pingText(c.limit, &view), c.expected);
     EXPECT_EQ(processor_.pingText(200, nullptr), kNoPingData);
 

@@ -1,15 +1,13 @@
 #pragma once
-// Shared pieces of the storage tests: a private temporary directory and a bus whose thread
-// does not run, so posted records stay in its queue and can be counted.
+// Shared pieces of the storage and display tests: a private temporary directory and a program
+// run for its standard output and exit status.
 
+#include <stdio.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <filesystem>
 #include <string>
-
-#include "core/AcquireFilter.h"
-#include "core/MessageProcessor.h"
-#include "core/RunFlag.h"
 
 namespace halvo::test {
 
@@ -33,21 +31,17 @@ class TempDir {
     std::string path_;
 };
 
-// The bus thread ends at once (the run flag is clear), so nothing is dispatched and the queue
-// depth counts every record that playback posted.
-class HeldBus {
-  public:
-    explicit HeldBus(std::size_t capacity)
-        : bus_("test-data", run_, filter_, [] { return std::int64_t{1'700'000'000}; }) {
-        bus_.Start(capacity);
-    }
-    MessageProcessor& bus() { return bus_; }
-    std::uint32_t Depth() const { return bus_.QueueDepth(); }
-
-  private:
-    RunFlag run_;
-    AcquireFilter filter_;
-    MessageProcessor bus_;
-};
+// Standard output of `command` (its standard error dropped); `status` is the exit code, -1 when
+// it did not exit.
+inline std::string Run(const std::string& command, int* status = nullptr) {
+    std::string out;
+    FILE* p = ::popen((command + " 2>/dev/null").c_str(), "r");
+    if (!p) return out;
+    char buf[65536];
+    for (std::size_t n; (n = std::fread(buf, 1, sizeof buf, p)) > 0;) out.append(buf, n);
+    const int raw = ::pclose(p);
+    if (status) *status = WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
+    return out;
+}
 
 }  // namespace halvo::test

@@ -22,6 +22,18 @@ SonarMessage Make(std::uint16_t type, std::uint8_t dir, std::vector<std::uint8_t
     return HsfTestWriter::MakeMessage(type, dir, 101, 3, payload);
 }
 
+// A zeroed payload with little-endian values put at their offsets.
+struct Bytes {
+    explicit Bytes(std::size_t n) : b(n) {}
+    template <class T>
+    Bytes& Put(std::size_t at, T value) {
+        PutLE<T>(b, at, value);
+        return *this;
+    }
+    operator std::vector<std::uint8_t>() const { return b; }
+    std::vector<std::uint8_t> b;
+};
+
 TEST(EventLines, FlagsChooseWhatIsLogged) {
     struct Case {
         std::uint16_t type;
@@ -57,64 +69,42 @@ TEST(EventLines, FlagsChooseWhatIsLogged) {
 }
 
 TEST(EventLines, HeaderLineAndLabels) {
-    std::vector<std::uint8_t> trace(240 + 8);
-    PutLE<std::int32_t>(trace, 8, 4711);
-    std::vector<std::uint8_t> ss(80);
-    PutLE<std::int32_t>(ss, 4, -3);
-    std::vector<std::uint8_t> on(4);
-    PutLE<std::int32_t>(on, 0, 1);
-    std::vector<std::uint8_t> pulse = {'C', 'H', 'I', 'R', 'P', 0, 'x'};
-    std::vector<std::uint8_t> sit(276);
-    PutLE<double>(sit, 60, 1.25);
-    PutLE<double>(sit, 68, -2.5);
-    PutLE<double>(sit, 52, 359.94);
+    const auto D = LogStream::Data, C = LogStream::Command;
+    const std::vector<std::uint8_t> on = Bytes(4).Put<std::int32_t>(0, 1);
+    const std::vector<std::uint8_t> pulse = {'C', 'H', 'I', 'R', 'P', 0, 'x'};
     struct Case {
-        SonarMessage m;
+        std::uint16_t type;
+        std::uint8_t dir;
+        std::vector<std::uint8_t> payload;
         LogStream stream;
         std::string line;
     };
-    std::vector<Case> cases;
-    cases.push_back({Make(80, 2, trace), LogStream::Data,
-                     "SONRDAT : Cmd 80 Dir 2 Sub 101 Chan 3 Bytes = 248 [Segy Data Ping 4711]"});
-    cases.push_back({Make(82, 2, ss), LogStream::Data,
-                     "SONRDAT : Cmd 82 Dir 2 Sub 101 Chan 3 Bytes = 80 [SS Data Ping -3]"});
-    cases.push_back({Make(80, 2, {1, 2}), LogStream::Data,
-                     "SONRDAT : Cmd 80 Dir 2 Sub 101 Chan 3 Bytes = 2"});  // no ping to show
-    cases.push_back({Make(120, 0, on), LogStream::Command,
-                     "SONRCMD : Cmd 120 Dir 0 Sub 101 Chan 3 Bytes = 4 [SonarOn 1]"});
-    cases.push_back(
-        {Make(120, 2, on), LogStream::Command, "SONRCMD : Cmd 120 Dir 2 Sub 101 Chan 3 Bytes = 4"});
-    cases.push_back({Make(123, 0, pulse), LogStream::Command,
-                     "SONRCMD : Cmd 123 Dir 0 Sub 101 Chan 3 Bytes = 7 [Pulse CHIRP]"});
-    cases.push_back({Make(2090, 2, sit), LogStream::Data,
-                     "SONRDAT : Cmd 2090 Dir 2 Sub 101 Chan 3 Bytes = 276 [SIT  1.2 -2.5 359.9]"});
-    cases.push_back({Make(41, 1, {}), LogStream::Data,
-                     "SONRDAT : Cmd 41 Dir 1 Sub 101 Chan 3 Bytes = 0 [Alive]"});
-    cases.push_back(
-        {Make(9999, 2, {}), LogStream::Data, "SONRDAT : Cmd 9999 Dir 2 Sub 101 Chan 3 Bytes = 0"});
-    for (const Case& c : cases) EXPECT_EQ(MessageLogLines::HeaderLine(c.m, c.stream), c.line);
+    const std::vector<Case> cases = {
+        {80, 2, Bytes(248).Put<std::int32_t>(8, 4711), D,
+         "SONRDAT : Cmd 80 Dir 2 Sub 101 Chan 3 Bytes = 248 [Segy Data Ping 4711]"},
+        {82, 2, Bytes(80).Put<std::int32_t>(4, -3), D,
+         "SONRDAT : Cmd 82 Dir 2 Sub 101 Chan 3 Bytes = 80 [SS Data Ping -3]"},
+        {80, 2, {1, 2}, D, "SONRDAT : Cmd 80 Dir 2 Sub 101 Chan 3 Bytes = 2"},  // no ping to show
+        {120, 0, on, C, "SONRCMD : Cmd 120 Dir 0 Sub 101 Chan 3 Bytes = 4 [SonarOn 1]"},
+        {120, 2, on, C, "SONRCMD : Cmd 120 Dir 2 Sub 101 Chan 3 Bytes = 4"},
+        {123, 0, pulse, C, "SONRCMD : Cmd 123 Dir 0 Sub 101 Chan 3 Bytes = 7 [Pulse CHIRP]"},
+        {2090, 2, Bytes(276).Put(60, 1.25).Put(68, -2.5).Put(52, 359.94), D,
+         "SONRDAT : Cmd 2090 Dir 2 Sub 101 Chan 3 Bytes = 276 [SIT  1.2 -2.5 359.9]"},
+        {41, 1, {}, D, "SONRDAT : Cmd 41 Dir 1 Sub 101 Chan 3 Bytes = 0 [Alive]"},
+        {9999, 2, {}, D, "SONRDAT : Cmd 9999 Dir 2 Sub 101 Chan 3 Bytes = 0"},
+    };
+    for (const Case& c : cases)
+        EXPECT_EQ(MessageLogLines::HeaderLine(Make(c.type, c.dir, c.payload), c.stream), c.line);
 }
 
 TEST(EventLines, VerboseLines) {
     std::vector<std::uint8_t> serial(12);
     for (int b : {36, 65, 10, 13, 127, 122}) serial.push_back(static_cast<std::uint8_t>(b));
-    std::vector<std::uint8_t> longSerial(12 + 100, 'q');
     std::vector<std::uint8_t> nmea(12);
     for (char ch : std::string("$GPGGA,1")) nmea.push_back(static_cast<std::uint8_t>(ch));
     nmea.push_back(0);
-    std::vector<std::uint8_t> analog(36);
-    for (int i = 0; i < 12; ++i)
-        PutLE<std::int16_t>(analog, 12 + 2 * i, static_cast<std::int16_t>(i - 2));
-    std::vector<std::uint8_t> pressure(40);
-    PutLE<std::int32_t>(pressure, 12, 14696);
-    PutLE<std::int32_t>(pressure, 36, -2500);
-    std::vector<std::uint8_t> time(12);
-    PutLE<std::int32_t>(time, 0, 1700000000);
-    PutLE<std::int32_t>(time, 4, 250);
-    std::vector<std::uint8_t> dvl(56);
-    PutLE<std::int32_t>(dvl, 16, 100);
-    PutLE<std::int16_t>(dvl, 32, -7);
-    PutLE<std::int16_t>(dvl, 54, 21);
+    Bytes analog(36);
+    for (int i = 0; i < 12; ++i) analog.Put(12 + 2 * i, static_cast<std::int16_t>(i - 2));
     struct Case {
         std::uint16_t type;
         std::vector<std::uint8_t> payload;
@@ -122,13 +112,17 @@ TEST(EventLines, VerboseLines) {
     };
     const std::vector<Case> cases = {
         {2000, serial, std::string("$A\x7f\x7f\x7fz")},
-        {2000, longSerial, std::string(60, 'q')},
+        {2000, std::vector<std::uint8_t>(12 + 100, 'q'), std::string(60, 'q')},
         {2002, nmea, "$GPGGA,1"},
-        {2040, analog, "AIO -2 -1 0 1 2 3 4 5"},
+        {2040, analog.b, "AIO -2 -1 0 1 2 3 4 5"},
         {2040, std::vector<std::uint8_t>(35), std::nullopt},  // too short to log
-        {2060, pressure, "PSI 14.696 Temp 0.000 SAL 0.000 CON 0.000 SV 0.000 Depth -2.500 Flags 0"},
-        {2111, time, "Time 1700000000 250"},
-        {2080, dvl, " DVL V=(-7 0 0) T=21 P=0 R=0 C=0 A=(100 0 0 0)"},
+        {2060, Bytes(40).Put<std::int32_t>(12, 14696).Put<std::int32_t>(36, -2500),
+         "PSI 14.696 Temp 0.000 SAL 0.000 CON 0.000 SV 0.000 Depth -2.500 Flags 0"},
+        {2111, Bytes(12).Put<std::int32_t>(0, 1700000000).Put<std::int32_t>(4, 250),
+         "Time 1700000000 250"},
+        {2080,
+         Bytes(56).Put<std::int32_t>(16, 100).Put<std::int16_t>(32, -7).Put<std::int16_t>(54, 21),
+         " DVL V=(-7 0 0) T=21 P=0 R=0 C=0 A=(100 0 0 0)"},
         {2080, std::vector<std::uint8_t>(55), std::nullopt},
         {80, std::vector<std::uint8_t>(240), std::nullopt},
     };

@@ -1,7 +1,5 @@
 #include <gtest/gtest.h>
-#include <sys/wait.h>
 
-#include <cstdio>
 #include <nlohmann/json.hpp>
 #include <sstream>
 #include <string>
@@ -25,18 +23,10 @@ struct Result {
 
 Result Tool(const std::string& args) {
     Result r;
-    const std::string cmd = std::string(HALVO_HSF_BIN) + " " + args + " 2>/dev/null";
-    FILE* p = ::popen(cmd.c_str(), "r");
-    if (!p) return r;
-    char buf[65536];
-    std::size_t n;
-    while ((n = std::fread(buf, 1, sizeof buf, p)) > 0) r.out.append(buf, n);
-    const int raw = ::pclose(p);
-    r.status = WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
+    r.out = test::Run(std::string(HALVO_HSF_BIN) + " " + args, &r.status);
     std::istringstream in(r.out);
-    for (std::string line; std::getline(in, line);) {
+    for (std::string line; std::getline(in, line);)
         r.lines.push_back(Json::parse(line, nullptr, false));
-    }
     return r;
 }
 

@@ -9,7 +9,7 @@
 #include "app/Notifier.h"
 #include "storage/LoggingControl.h"
 #include "storage/PerFileLog.h"
-#include "storage/RecordingRig.h"
+#include "storage/StorageRig.h"
 
 namespace halvo {
 namespace {
@@ -47,24 +47,23 @@ TEST(PerFileLog, NameFromTheDataFile) {
 }
 
 TEST(PerFileLog, SonarLines) {
-    SonarSnapshot s;
-    s.index = 1;
-    s.firstChannel = 0;
-    s.on = 1;
-    s.pingNumber = 42;
-    s.adcRate = 25000;
-    s.dataType = 1;
-    s.rateOrRange = 12.5;
-    s.trigger = 2;
-    s.delay = 3;
-    s.depth = 40;
-    s.decimationPre = 4;
-    s.decimationPost = 2;
-    s.mux = 0x1f;
-    s.gains = {{true, 0, 7}, {false, 12, 9}};
-    s.dacGain = 1.5;
-    s.dac = {2, 3};
-    s.pulse = "2-16kHz";
+    SonarSnapshot s{.index = 1,
+                    .firstChannel = 0,
+                    .on = 1,
+                    .pingNumber = 42,
+                    .adcRate = 25000,
+                    .dataType = 1,
+                    .rateOrRange = 12.5,
+                    .trigger = 2,
+                    .delay = 3,
+                    .depth = 40,
+                    .decimationPre = 4,
+                    .decimationPost = 2,
+                    .mux = 0x1f,
+                    .gains = {{true, 0, 7}, {false, 12, 9}},
+                    .dacGain = 1.5,
+                    .dac = {2, 3},
+                    .pulse = "2-16kHz"};
     EXPECT_EQ(PerFileLog::SonarText(s),
               "Sonar1 : On 1 PingNum 42 ADCRate 25000.000000 DataType Complex Rate   12.50 pps "
               "Trigger 2 \n   ADC : Delay  3 Depth 40 Decimation 4 2 Mux 1f Gain AGC=>7 12=>9 "
@@ -101,7 +100,7 @@ class PerFileLogRun : public testing::Test {
     }
     void Write(std::uint32_t afterMs) {
         rig.ticks.AdvanceTick(afterMs);
-        rig.Send(test::RecordingRig::Trace(1, 10));
+        rig.Send(test::StorageRig::Trace(1, 10));
     }
     std::string Log() { return Slurp(PerFileLog::LogName(rig.File(0))); }
 
@@ -110,7 +109,7 @@ class PerFileLogRun : public testing::Test {
     Boxes boxes;
     int mark = 0;
     int parameters = 0;
-    test::RecordingRig rig;
+    test::StorageRig rig;
 };
 
 TEST_F(PerFileLogRun, CreationSnapshotsAndClose) {
@@ -145,13 +144,12 @@ TEST_F(PerFileLogRun, CreationSnapshotsAndClose) {
     rig.Stop();
     EXPECT_EQ(Count(Log(), "GPS    :"), 4);  // the closing snapshot
     EXPECT_TRUE(rig.Logged("RECORD : New File: " + rig.File(0)));
-    EXPECT_TRUE(rig.Logged("RECORD : File Closed"));
     EXPECT_TRUE(boxes.shown.empty());  // a comment was there
 }
 
 TEST_F(PerFileLogRun, BlankCommentsNoticedOncePerRun) {
     rig.Record([](StorageSettings& s) { s.maxRecordSize = 1; });
-    for (int i = 0; i < 250; ++i) rig.Send(test::RecordingRig::Trace(i, 5000));  // rolls once
+    for (int i = 0; i < 250; ++i) rig.Send(test::StorageRig::Trace(i, 5000));  // rolls once
     rig.Stop();
     ASSERT_EQ(boxes.shown.size(), 1u);
     EXPECT_EQ(
@@ -168,15 +166,10 @@ TEST_F(PerFileLogRun, NoLogWhenOffOrPlaying) {
     Write(5000);
     rig.Stop();
     EXPECT_FALSE(std::filesystem::exists(PerFileLog::LogName(rig.File(0))));
-    EXPECT_TRUE(rig.Logged("RECORD : File Closed"));
     // A played file writes none either.
     s.enablePerFileLog = 1;
     logging.setSettings(s);
-    StorageSettings play = rig.control.getSettings();
-    play.playbackDir = rig.dir.path();
-    play.playbackFile = "SonarData000.hsf";
-    play.mode = ModePlayback;
-    rig.control.setSettings(play);
+    rig.Play("SonarData000.hsf", 50);
     for (int i = 0; i < 10; ++i) rig.Idle(100);
     EXPECT_EQ(rig.State(), StateEndOfFile);
     EXPECT_FALSE(std::filesystem::exists(PerFileLog::LogName(rig.File(0))));

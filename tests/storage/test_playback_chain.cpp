@@ -4,16 +4,16 @@
 #include <vector>
 
 #include "storage/PlaybackChain.h"
-#include "storage/PlaybackRig.h"
+#include "storage/StorageRig.h"
 
 namespace halvo {
 namespace {
 
-using test::PlaybackRig;
+using test::StorageRig;
 
 // Runs the bus tick every 50 ms and the page tick every 300 ms, and returns the files that
 // were opened, in order. Bounded in simulated time.
-std::vector<std::string> Drive(PlaybackRig& rig, PlaybackChain& chain, int seconds) {
+std::vector<std::string> Drive(StorageRig& rig, PlaybackChain& chain, int seconds) {
     std::vector<std::string> opened;
     std::string last;
     for (int ms = 0; ms < seconds * 1000; ms += 50) {
@@ -30,13 +30,11 @@ class ChainTest : public testing::Test {
   protected:
     ChainTest() : chain(rig.control) {
         for (const char* n : {"a.hsf", "b.hsf", "c.hsf"}) rig.MakeFile(n, 5);
-        StorageSettings s = rig.control.getSettings();
-        s.playbackRate = 1000;
-        rig.control.setSettings(s);
+        rig.Set([](StorageSettings& s) { s.playbackRate = 1000; });
     }
     std::string F(const char* n) { return rig.dir.File(n); }
 
-    PlaybackRig rig;
+    StorageRig rig;
     PlaybackChain chain;
 };
 
@@ -73,8 +71,7 @@ TEST_F(ChainTest, SingleFileAndThePlaybackButton) {
 
     chain.SetAutoRepeat(true);
     chain.PlaybackButton();
-    rig.SetMode(ModeStop);
-    rig.Idle(0);
+    rig.Stop();
     chain.PlaybackButton();
     const auto again = Drive(rig, chain, 7);
     ASSERT_GE(again.size(), 2u);  // the same file, once per end of file

@@ -11,12 +11,12 @@
 
 #include "core/ByteOrder.h"
 #include "storage/RecordNames.h"
-#include "storage/RecordingRig.h"
+#include "storage/StorageRig.h"
 
 namespace halvo {
 namespace {
 
-using test::RecordingRig;
+using Rig = test::StorageRig;
 
 std::int32_t PingOf(const std::vector<std::uint8_t>& record) {
     return GetLE<std::int32_t>(record, 16 + 8);
@@ -36,13 +36,13 @@ TEST(Recording, RollsAtTheFirstWriteAtOrPastTheLimit) {
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.what);
-        RecordingRig rig;
+        Rig rig;
         rig.Record([](StorageSettings& s) { s.maxRecordSize = 1; });
         ASSERT_EQ(rig.State(), StateRecord);
         std::uintmax_t total = 0, firstEnd = 0;
         int firstPings = 0;
         for (std::size_t i = 0; i < c.samples.size(); ++i) {
-            SonarMessage m = RecordingRig::Trace(static_cast<int>(i) + 1, c.samples[i]);
+            SonarMessage m = Rig::Trace(static_cast<int>(i) + 1, c.samples[i]);
             total += m.Wire().size();
             if (firstEnd < 1'000'000) {
                 firstEnd = total;
@@ -50,14 +50,14 @@ TEST(Recording, RollsAtTheFirstWriteAtOrPastTheLimit) {
             }
             rig.Send(std::move(m));
         }
-        EXPECT_EQ(RecordingRig::Size(rig.File(0)), firstEnd);
-        EXPECT_GE(RecordingRig::Size(rig.File(0)), 1'000'000u);
-        EXPECT_EQ(RecordingRig::Size(rig.File(0)) + RecordingRig::Size(rig.File(1)), total);
+        EXPECT_EQ(Rig::Size(rig.File(0)), firstEnd);
+        EXPECT_GE(Rig::Size(rig.File(0)), 1'000'000u);
+        EXPECT_EQ(Rig::Size(rig.File(0)) + Rig::Size(rig.File(1)), total);
         EXPECT_EQ(rig.control.getStatus().fileNumber, 1);
         // Both files play back whole, and the pings run on without a gap.
         ReadStatus end0, end1;
-        const auto a = RecordingRig::Records(rig.File(0), &end0);
-        const auto b = RecordingRig::Records(rig.File(1), &end1);
+        const auto a = Rig::Records(rig.File(0), &end0);
+        const auto b = Rig::Records(rig.File(1), &end1);
         EXPECT_EQ(end0, ReadStatus::EndOfFile);
         EXPECT_EQ(end1, ReadStatus::EndOfFile);
         ASSERT_EQ(a.size(), static_cast<std::size_t>(firstPings));
@@ -74,47 +74,39 @@ TEST(Recording, RollRuleAndTheCeiling) {
         std::int32_t max;
         bool due;
     };
-    for (const Case& c : std::vector<Case>{{999'999, 1, false},
-                                           {1'000'000, 1, true},
-                                           {2'999'999, 3, false},
-                                           {5'000'000, 0, false},
-                                           {2'000'999'999, 0, false},
-                                           {2'001'000'000, 0, true},
-                                           {2'001'000'000, 2001, true},
-                                           {1'000'000, -5, false}}) {
+    const Case cases[] = {{999'999, 1, false},         {1'000'000, 1, true},
+                          {2'999'999, 3, false},       {5'000'000, 0, false},
+                          {2'000'999'999, 0, false},   {2'001'000'000, 0, true},
+                          {2'001'000'000, 2001, true}, {1'000'000, -5, false}};
+    for (const Case& c : cases) {
         EXPECT_EQ(HsfRecorder::RollDue(c.bytes, c.max), c.due) << c.bytes << " max " << c.max;
     }
 }
 
 TEST(Recording, NameSearchFillsGapsFromZero) {
-    RecordingRig rig;
+    Rig rig;
     for (int n = 0; n < 5; ++n) std::ofstream(rig.File(n)) << "yesterday";
     rig.Record([](StorageSettings& s) { s.maxRecordSize = 1; });
     EXPECT_EQ(rig.control.getStatus().fileNumber, 5);
     EXPECT_EQ(rig.control.getStatus().file, rig.File(5));
     std::filesystem::remove(rig.File(3));
-    for (int i = 0; i < 200; ++i) rig.Send(RecordingRig::Trace(i, 5000));
-    EXPECT_GT(RecordingRig::Size(rig.File(3)), 0u);  // the gap, not 006, took the first roll
-    EXPECT_GT(RecordingRig::Size(rig.File(6)), 0u);  // and 006 the second
-    for (int n : {0, 1, 2, 4}) {
-        std::ifstream in(rig.File(n));
-        std::string text;
-        in >> text;
-        EXPECT_EQ(text, "yesterday") << n;  // never overwritten
-    }
+    for (int i = 0; i < 200; ++i) rig.Send(Rig::Trace(i, 5000));
+    EXPECT_GT(Rig::Size(rig.File(3)), 0u);  // the gap, not 006, took the first roll
+    EXPECT_GT(Rig::Size(rig.File(6)), 0u);  // and 006 the second
+    for (int n : {0, 1, 2, 4}) EXPECT_EQ(Rig::Size(rig.File(n)), 9u) << n;  // never touched
 }
 
 TEST(Recording, NoFreeNameEndsInError) {
-    RecordingRig rig;
+    Rig rig;
     for (int n = 0; n <= RecordNames::kLastNumber; ++n) std::ofstream(rig.File(n)).put('x');
     rig.Record();
     EXPECT_EQ(rig.State(), StateError);
     EXPECT_EQ(rig.control.getStatus().file, StorageStatus::kNoFile);
-    rig.Send(RecordingRig::Trace(1));
+    rig.Send(Rig::Trace(1));
     EXPECT_FALSE(std::filesystem::exists(rig.dir.File("SonarData1000.hsf")));
-    for (int n : {0, 999}) EXPECT_EQ(RecordingRig::Size(rig.File(n)), 1u);
+    for (int n : {0, 999}) EXPECT_EQ(Rig::Size(rig.File(n)), 1u);
     // A name with no room left is refused the same way.
-    RecordingRig longName;
+    Rig longName;
     longName.Record([](StorageSettings& s) { s.recordFile = std::string(200, 'n'); });
     EXPECT_EQ(longName.State(), StateError);
 }
@@ -142,19 +134,19 @@ TEST(Recording, StoredFormsBySegyOnly) {
     for (const Case& c :
          std::vector<Case>{{0, {82, 2002, 80, 80}}, {1, {80, 2002, 80}}, {2, {80, 80}}}) {
         SCOPED_TRACE(c.form);
-        RecordingRig rig;
+        Rig rig;
         Hider hider;
-        rig.bus.bus().Attach(&hider);
+        rig.bus.Attach(&hider);
         rig.Record([&](StorageSettings& s) { s.recordForm = c.form; });
         const SonarMessage sideScan = SideScanTrace(7);
         rig.Send(sideScan.Clone());
         rig.Send(HsfTestWriter::MakeMessage(MsgNmea, DirReply, 100, 0, nmea), SourceSerial);
         rig.Send(HsfTestWriter::MakeMessage(MsgAlive, DirQuery, 0, 0, nmea));
-        rig.Send(RecordingRig::Trace(8, 100), SourceDerived);
-        rig.Send(RecordingRig::Trace(9, 100, 9));  // hidden after the first stage
-        rig.Send(RecordingRig::Trace(10, 100));
+        rig.Send(Rig::Trace(8, 100), SourceDerived);
+        rig.Send(Rig::Trace(9, 100, 9));  // hidden after the first stage
+        rig.Send(Rig::Trace(10, 100));
         rig.Stop();
-        const auto records = RecordingRig::Records(rig.File(0));
+        const auto records = Rig::Records(rig.File(0));
         std::vector<std::uint16_t> types;
         for (const auto& r : records) types.push_back(GetLE<std::uint16_t>(r, 4));
         EXPECT_EQ(types, c.types);
@@ -175,14 +167,10 @@ int RecordIntoLimit(const std::string& dir) {
     ::signal(SIGXFSZ, SIG_IGN);
     rlimit limit{200'000, 200'000};
     if (::setrlimit(RLIMIT_FSIZE, &limit) != 0) return 10;
-    RecordingRig rig;
-    StorageSettings s = rig.control.getSettings();
-    s.recordDir = dir;
-    s.mode = ModeRecord;
-    rig.control.setSettings(s);
-    rig.Idle();
+    Rig rig;
+    rig.Record([&](StorageSettings& s) { s.recordDir = dir; });
     if (rig.State() != StateRecord) return 11;
-    for (int i = 1; i <= 40; ++i) rig.Send(RecordingRig::Trace(i, 5000));
+    for (int i = 1; i <= 40; ++i) rig.Send(Rig::Trace(i, 5000));
     if (rig.State() != StateError) return 12;
     if (!rig.Logged("RECORD : File write error")) return 13;
     if (std::filesystem::exists(dir + "/SonarData001.hsf")) return 14;
@@ -198,15 +186,14 @@ TEST(Recording, WriteFailureEndsInErrorAndKeepsWhatWasWritten) {
     ASSERT_EQ(::waitpid(child, &status, 0), child);
     ASSERT_TRUE(WIFEXITED(status)) << status;
     ASSERT_EQ(WEXITSTATUS(status), 0);
-    const std::size_t record = RecordingRig::Trace(1, 5000).Wire().size();
+    const std::size_t record = Rig::Trace(1, 5000).Wire().size();
     ReadStatus end;
-    const auto records = RecordingRig::Records(dir.File("SonarData000.hsf"), &end);
+    const auto records = Rig::Records(dir.File("SonarData000.hsf"), &end);
     EXPECT_EQ(end, ReadStatus::EndOfFile);  // the half message was cut off again
     ASSERT_EQ(records.size(), 200'000 / record);
     for (std::size_t i = 0; i < records.size(); ++i) {
-        EXPECT_EQ(PingOf(records[i]), static_cast<std::int32_t>(i) + 1);
-        const SonarMessage sent = RecordingRig::Trace(static_cast<int>(i) + 1, 5000);
-        EXPECT_TRUE(std::ranges::equal(records[i], sent.Wire()));
+        const SonarMessage sent = Rig::Trace(static_cast<int>(i) + 1, 5000);
+        EXPECT_TRUE(std::ranges::equal(records[i], sent.Wire())) << i;
     }
 }
 
@@ -219,13 +206,13 @@ struct Keeper : MessageObserver {
 };
 
 TEST(Recording, RecordedFilePlaysBackTheSameMessages) {
-    RecordingRig rig;
+    Rig rig;
     Keeper keeper;
     rig.Record();
-    rig.bus.bus().Attach(&keeper);
+    rig.bus.Attach(&keeper);
     std::vector<std::uint8_t> sensor(44, 3);
     for (int i = 1; i <= 50; ++i) {
-        rig.Send(RecordingRig::Trace(i, static_cast<std::uint16_t>(10 * i)));
+        rig.Send(Rig::Trace(i, static_cast<std::uint16_t>(10 * i)));
         if (i % 5 == 0) rig.Send(SideScanTrace(1000 + i));
         if (i % 7 == 0)
             rig.Send(HsfTestWriter::MakeMessage(MsgPitchRoll, DirReply, 101, 0, sensor));
@@ -234,18 +221,16 @@ TEST(Recording, RecordedFilePlaysBackTheSameMessages) {
     EXPECT_EQ(rig.State(), StateIdleRecord);
     EXPECT_EQ(rig.control.getStatus().file, StorageStatus::kNoFile);
     ReadStatus end;
-    const auto records = RecordingRig::Records(rig.File(0), &end);
+    const auto records = Rig::Records(rig.File(0), &end);
     EXPECT_EQ(end, ReadStatus::EndOfFile);
     ASSERT_EQ(records.size(), keeper.kept.size());
-    for (std::size_t i = 0; i < records.size(); ++i) {
+    for (std::size_t i = 0; i < records.size(); ++i)
         EXPECT_TRUE(std::ranges::equal(records[i], keeper.kept[i].Wire())) << i;
-    }
 }
 
 TEST(Recording, SideFileLinesAtMostEveryTwoSeconds) {
-    RecordingRig rig;
+    Rig rig;
     rig.Record([](StorageSettings& s) { s.diagnostics = 1; });
-    std::vector<std::int32_t> written;
     const std::vector<std::uint32_t> steps = {0, 500, 500, 500, 500, 501, 2000, 1, 0};
     for (std::size_t i = 0; i < steps.size(); ++i) {
         rig.ticks.AdvanceTick(steps[i]);
@@ -257,7 +242,7 @@ TEST(Recording, SideFileLinesAtMostEveryTwoSeconds) {
         rig.Send(HsfTestWriter::MakeTrace(s));
     }
     rig.ticks.SetTick(5);  // backward: one line at once
-    rig.Send(RecordingRig::Trace(99, 10));
+    rig.Send(Rig::Trace(99, 10));
     rig.Stop();
     std::ifstream in(rig.File(0) + ".alt");
     std::vector<std::string> lines;
@@ -270,24 +255,24 @@ TEST(Recording, SideFileLinesAtMostEveryTwoSeconds) {
     EXPECT_EQ(lines[3].substr(0, 3), "99 ");
 
     // A side file that already exists is left alone; the data file is recorded anyway.
-    RecordingRig taken;
+    Rig taken;
     std::ofstream(taken.File(0) + ".alt") << "keep";
     taken.Record([](StorageSettings& s) { s.diagnostics = 1; });
-    taken.Send(RecordingRig::Trace(1, 10));
-    EXPECT_EQ(RecordingRig::Size(taken.File(0) + ".alt"), 4u);
-    EXPECT_EQ(RecordingRig::Records(taken.File(0)).size(), 1u);
+    taken.Send(Rig::Trace(1, 10));
+    EXPECT_EQ(Rig::Size(taken.File(0) + ".alt"), 4u);
+    EXPECT_EQ(Rig::Records(taken.File(0)).size(), 1u);
 }
 
 TEST(Recording, ReopenEveryFiveMillionBytes) {
-    RecordingRig rig;
+    Rig rig;
     rig.Record();
-    const std::size_t record = RecordingRig::Trace(1, 5000).Wire().size();
+    const std::size_t record = Rig::Trace(1, 5000).Wire().size();
     const std::size_t before = 5'000'000 / record;  // at most 5,000,000 written
-    for (std::size_t i = 0; i <= before; ++i) rig.Send(RecordingRig::Trace(1, 5000));
+    for (std::size_t i = 0; i <= before; ++i) rig.Send(Rig::Trace(1, 5000));
     // Gone from under the recorder: the reopen after 5,000,000 finds nothing, and writes are
     // skipped while the state still says RECORD.
     std::filesystem::remove(rig.File(0));
-    for (int i = 0; i < 5; ++i) rig.Send(RecordingRig::Trace(1, 5000));
+    for (int i = 0; i < 5; ++i) rig.Send(Rig::Trace(1, 5000));
     EXPECT_FALSE(std::filesystem::exists(rig.File(0)));
     EXPECT_EQ(rig.processor->State(), StateRecord);
 }
@@ -295,15 +280,15 @@ TEST(Recording, ReopenEveryFiveMillionBytes) {
 TEST(Recording, StatusCarriesSizeAndFreeSpace) {
     StorageDataProcessor::Hooks hooks;
     hooks.freeBytes = [](const std::string&) { return std::int64_t{7'999'999'999}; };
-    RecordingRig rig(std::move(hooks));
+    Rig rig(std::move(hooks));
     rig.Record();
     EXPECT_EQ(rig.control.getStatus().freeMB, 7999);
-    for (int i = 0; i < 300; ++i) rig.Send(RecordingRig::Trace(i, 5000));
+    for (int i = 0; i < 300; ++i) rig.Send(Rig::Trace(i, 5000));
     rig.Idle(1999);
     EXPECT_EQ(rig.control.getStatus().sizeMB, 0);  // not yet due
     rig.Idle(1);
     EXPECT_EQ(rig.control.getStatus().sizeMB,
-              static_cast<std::int32_t>(RecordingRig::Size(rig.File(0)) >> 20));
+              static_cast<std::int32_t>(Rig::Size(rig.File(0)) >> 20));
     EXPECT_GT(rig.control.getStatus().sizeMB, 1);
 }
 
@@ -311,16 +296,16 @@ TEST(Recording, LicenceGateEndsTheRun) {
     bool restricted = false;
     StorageDataProcessor::Hooks hooks;
     hooks.recordingRestricted = [&] { return restricted; };
-    RecordingRig rig(std::move(hooks));
+    Rig rig(std::move(hooks));
     rig.Record();
-    rig.Send(RecordingRig::Trace(1, 10));
+    rig.Send(Rig::Trace(1, 10));
     restricted = true;
-    rig.Send(RecordingRig::Trace(2, 10));
-    rig.Send(RecordingRig::Trace(3, 10));
+    rig.Send(Rig::Trace(2, 10));
+    rig.Send(Rig::Trace(3, 10));
     rig.Idle();
     EXPECT_EQ(rig.State(), StateEndOfFile);
     EXPECT_EQ(rig.control.getSettings().mode, ModeStop);
-    EXPECT_EQ(RecordingRig::Records(rig.File(0)).size(), 1u);
+    EXPECT_EQ(Rig::Records(rig.File(0)).size(), 1u);
     EXPECT_FALSE(std::filesystem::exists(rig.File(1)));
 }
 
@@ -332,11 +317,9 @@ TEST(Recording, BathyRecordsForTheFirstDisplaysChannelInEveryMode) {
         if (m.channel() != 0) return std::nullopt;
         return BathyTrace{1000.0, 10000.0, 1500.0};
     };
-    RecordingRig rig(std::move(hooks));
+    Rig rig(std::move(hooks));
     std::ofstream(work.File("Bathy.dat")) << "old contents";
-    StorageSettings s = rig.control.getSettings();
-    s.saveBathy = 1;  // stopped, not recording
-    rig.control.setSettings(s);
+    rig.Set([](StorageSettings& s) { s.saveBathy = 1; });  // stopped, not recording
     for (int i = 1; i <= 4; ++i) {
         TraceSpec t;
         t.ping = i;
@@ -353,11 +336,10 @@ TEST(Recording, BathyRecordsForTheFirstDisplaysChannelInEveryMode) {
         EXPECT_EQ(GetLE<std::int32_t>(bytes, 4 * i), first[i]);
     EXPECT_EQ(GetLE<std::int32_t>(bytes, 24 + 4), 4);
 
-    s.saveBathy = 0;
-    rig.control.setSettings(s);
+    rig.Set([](StorageSettings& s) { s.saveBathy = 0; });
     rig.Idle();
-    rig.Send(RecordingRig::Trace(6, 10));
-    EXPECT_EQ(RecordingRig::Size(work.File("Bathy.dat")), 2 * BathyWriter::kRecordSize);
+    rig.Send(Rig::Trace(6, 10));
+    EXPECT_EQ(Rig::Size(work.File("Bathy.dat")), 2 * BathyWriter::kRecordSize);
     for (const auto& [t, mm] : std::vector<std::pair<BathyTrace, std::int32_t>>{
              {{1000, 0, 1500}, 0}, {{-10, 1000, 1500}, -7500}, {{1e12, 1, 1500}, 0}}) {
         EXPECT_EQ(BathyWriter::DepthMm(t), mm);

@@ -35,16 +35,6 @@ struct Counter : MessageObserver {
     std::atomic<int> seen{0};
 };
 
-std::string Capture(const std::string& command) {
-    std::string out;
-    FILE* p = ::popen(command.c_str(), "r");
-    if (!p) return out;
-    char buffer[4096];
-    for (std::size_t n; (n = std::fread(buffer, 1, sizeof buffer, p)) > 0;) out.append(buffer, n);
-    ::pclose(p);
-    return out;
-}
-
 template <class Pred>
 bool WaitFor(Pred pred, std::chrono::milliseconds limit) {
     const auto end = Clock::now() + limit;
@@ -124,7 +114,7 @@ TEST(RecordingRoundTrip, SimulatorToFileToDump) {
     const std::string file = dir.File("SonarData000.hsf");
     std::ifstream in(file, std::ios::binary);
     const std::vector<std::uint8_t> bytes((std::istreambuf_iterator<char>(in)), {});
-    const std::string dump = Capture(std::string(HALVO_HSF_BIN) + " dump --json " + file);
+    const std::string dump = test::Run(std::string(HALVO_HSF_BIN) + " dump --json " + file);
     std::vector<nlohmann::json> records;
     std::istringstream lines(dump);
     for (std::string line; std::getline(lines, line);)

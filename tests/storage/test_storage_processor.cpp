@@ -4,59 +4,51 @@
 #include <vector>
 
 #include "core/MessageTypes.h"
-#include "storage/PlaybackRig.h"
+#include "storage/StorageRig.h"
 
 namespace halvo {
 namespace {
 
-using test::PlaybackRig;
+using test::StorageRig;
 
 TEST(Playback, PacingOnTheIdleTick) {
-    struct Case {
-        int rate;
+    struct Step {
         std::uint32_t tickMs;
         int ticks;
-        std::uint32_t expected;  // per tick: rate * tickMs / 1000, remainder lost, at most 400
+        std::uint32_t posted;  // in all, after these ticks
     };
+    struct Case {
+        const char* what;
+        int rate;
+        std::vector<Step> steps;
+    };
+    // Per tick: rate * tickMs / 1000, the remainder lost, at most 400.
     const std::vector<Case> cases = {
-        {50, 100, 10, 50},      // 5 a tick
-        {50, 50, 20, 40},       // 2.5 a tick: the half is lost each burst
-        {10000, 50, 20, 8000},  // 500 a tick, held to 400
-        {1000, 50, 4, 200},
+        {"5 a tick", 50, {{100, 10, 50}}},
+        {"2.5 a tick: the half is lost each burst", 50, {{50, 20, 40}}},
+        {"500 a tick, held to 400", 10000, {{50, 20, 8000}}},
+        {"20 a tick", 1000, {{50, 4, 200}}},
+        // The anchor stays put until one is due, so the credit builds up.
+        {"one a second", 1, {{50, 19, 0}, {50, 1, 1}}},
+        {"up to 5 s of a stall is made up, a longer one dropped",
+         50,
+         {{4000, 1, 200}, {6000, 1, 200}, {100, 1, 205}}},
     };
     for (const Case& c : cases) {
-        SCOPED_TRACE(testing::Message() << "rate " << c.rate << " tick " << c.tickMs);
-        PlaybackRig rig;
+        SCOPED_TRACE(c.what);
+        StorageRig rig;
         rig.MakeFile("line.hsf", 20000);
         rig.Play("line.hsf", c.rate);
         ASSERT_EQ(rig.State(), StatePlayback);
-        for (int i = 0; i < c.ticks; ++i) rig.Idle(c.tickMs);
-        EXPECT_EQ(rig.Posted(), c.expected);
+        for (const Step& step : c.steps) {
+            for (int i = 0; i < step.ticks; ++i) rig.Idle(step.tickMs);
+            EXPECT_EQ(rig.Posted(), step.posted);
+        }
     }
 }
 
-TEST(Playback, CreditBuildsUpAndALongStallIsNotMadeUp) {
-    PlaybackRig rig;
-    rig.MakeFile("line.hsf", 1000);
-    rig.Play("line.hsf", 1);
-    for (int i = 0; i < 19; ++i) rig.Idle(50);
-    EXPECT_EQ(rig.Posted(), 0u);  // 950 ms at one a second: nothing due yet
-    rig.Idle(50);
-    EXPECT_EQ(rig.Posted(), 1u);  // the anchor stayed put, so the second came due
-
-    PlaybackRig stall;
-    stall.MakeFile("line.hsf", 1000);
-    stall.Play("line.hsf", 50);
-    stall.Idle(4000);
-    EXPECT_EQ(stall.Posted(), 200u);  // up to 5 s is made up
-    stall.Idle(6000);
-    EXPECT_EQ(stall.Posted(), 200u);  // a longer stall is dropped
-    stall.Idle(100);
-    EXPECT_EQ(stall.Posted(), 205u);
-}
-
 TEST(Playback, RateZeroHaltsWithoutChangingState) {
-    PlaybackRig rig;
+    StorageRig rig;
     rig.MakeFile("line.hsf", 100);
     rig.Play("line.hsf", 1);
     rig.control.PlaybackSlower();
@@ -73,7 +65,7 @@ TEST(Playback, RateZeroHaltsWithoutChangingState) {
 }
 
 TEST(Playback, HoldsOffAboveThreeQuartersOfTheQueue) {
-    PlaybackRig rig(8);  // three quarters is 6: posting stops once 7 wait
+    StorageRig rig({}, 8);  // three quarters is 6: posting stops once 7 wait
     rig.MakeFile("line.hsf", 100);
     rig.Play("line.hsf", 10000);
     rig.Idle(50);
@@ -85,57 +77,46 @@ TEST(Playback, HoldsOffAboveThreeQuartersOfTheQueue) {
     EXPECT_EQ(rig.State(), StatePlayback);
 }
 
-TEST(Playback, EndOfFileAndErrorCloseTheFile) {
+TEST(Playback, OpeningAndTheEndOfTheFile) {
     struct Case {
         const char* name;
-        int cut;  // bytes removed from the end
+        int cut;  // bytes removed from the end; -1: no file
         int state;
         std::uint32_t posted;
     };
-    for (const Case& c : std::vector<Case>{{"whole", 0, StateEndOfFile, 3},
-                                           {"cut in a payload", 10, StateError, 2},
-                                           {"cut in a header", 280, StateEndOfFile, 2}}) {
+    for (const Case& c : std::vector<Case>{{"00000000.000", 0, StateEndOfFile, 3},
+                                           {"payload.hsf", 10, StateError, 2},
+                                           {"header.hsf", 280, StateEndOfFile, 2},
+                                           {"absent.hsf", -1, StateError, 0}}) {
         SCOPED_TRACE(c.name);
-        PlaybackRig rig;
-        const std::string path = rig.MakeFile("line.hsf", 3);
-        std::filesystem::resize_file(path, std::filesystem::file_size(path) - c.cut);
-        rig.Play("line.hsf", 1000);
+        StorageRig rig;
+        if (c.cut >= 0) {
+            const std::string path = rig.MakeFile(c.name, 3);
+            std::filesystem::resize_file(path, std::filesystem::file_size(path) - c.cut);
+        }
+        rig.Play(c.name, 1000);
+        EXPECT_EQ(rig.State(), c.cut < 0 ? StateError : StatePlayback);
+        EXPECT_EQ(rig.control.getStatus().file, rig.dir.File(c.name));
         rig.Idle(50);
         EXPECT_EQ(rig.Posted(), c.posted);
         EXPECT_EQ(rig.State(), c.state);
         EXPECT_FALSE(rig.processor->Reader().IsOpen());
         EXPECT_EQ(rig.control.getSettings().mode, ModePlayback);  // mode stays until changed
-        rig.SetMode(ModeStop);
-        rig.Idle(50);
+        rig.Stop();
         EXPECT_EQ(rig.State(), StateIdlePlayback);
         EXPECT_EQ(rig.control.getStatus().file, StorageStatus::kNoFile);
     }
 }
 
-TEST(Playback, OpeningByNameAndFailure) {
-    PlaybackRig rig;
-    rig.MakeFile("00000000.000", 4);
-    rig.Play("00000000.000", 1000);
-    EXPECT_EQ(rig.State(), StatePlayback);
-    EXPECT_EQ(rig.control.getStatus().file, rig.dir.File("00000000.000"));
-    rig.Idle(50);
-    EXPECT_EQ(rig.Posted(), 4u);
-
-    PlaybackRig missing;
-    missing.Play("absent.hsf", 50);
-    EXPECT_EQ(missing.State(), StateError);
-    EXPECT_EQ(missing.control.getStatus().file, missing.dir.File("absent.hsf"));
-}
-
 TEST(Playback, PauseKeepsThePositionAndANewNameWaitsForStopAndStart) {
-    PlaybackRig rig;
+    StorageRig rig;
     rig.MakeFile("a.hsf", 10);
     rig.MakeFile("b.hsf", 3, 100);
     rig.Play("a.hsf", 20);
     rig.Idle(100);
     EXPECT_EQ(rig.Posted(), 2u);
     rig.control.ChangePause();
-    rig.SetName("b.hsf");
+    rig.Set([](StorageSettings& s) { s.playbackFile = "b.hsf"; });
     for (int i = 0; i < 10; ++i) rig.Idle(100);
     EXPECT_EQ(rig.Posted(), 2u);
     EXPECT_EQ(rig.State(), StatePlayback);  // a paused file shows "PLAYBACK"
@@ -145,10 +126,9 @@ TEST(Playback, PauseKeepsThePositionAndANewNameWaitsForStopAndStart) {
     EXPECT_EQ(rig.Posted(), 10u);
     EXPECT_EQ(rig.State(), StateEndOfFile);
     EXPECT_EQ(rig.control.getStatus().file, rig.dir.File("a.hsf"));
-    rig.SetMode(ModeStop);
-    rig.Idle(0);
+    rig.Stop();
     rig.SetMode(ModePlayback);
-    rig.Idle(0);
+    rig.Idle();
     EXPECT_EQ(rig.control.getStatus().file, rig.dir.File("b.hsf"));
     for (int i = 0; i < 5; ++i) rig.Idle(100);
     EXPECT_EQ(rig.Posted(), 13u);
@@ -156,7 +136,7 @@ TEST(Playback, PauseKeepsThePositionAndANewNameWaitsForStopAndStart) {
 
 TEST(Playback, StartsIdleWhateverTheFileSays) {
     for (int acquire : {0, 1}) {
-        PlaybackRig rig;
+        StorageRig rig;
         std::ofstream(rig.dir.File("Defaults.Hni"))
             << "[Storage]\nMode=1\nAcquireMode=" << acquire << "\nPlaybackFile=x.hsf\n";
         rig.MakeFile("x.hsf", 5);
@@ -168,7 +148,7 @@ TEST(Playback, StartsIdleWhateverTheFileSays) {
 }
 
 TEST(Playback, LiveDataIsHiddenWhileAFilePlays) {
-    PlaybackRig rig;
+    StorageRig rig;
     rig.MakeFile("line.hsf", 1000);
     auto live = [](std::uint16_t type, std::uint8_t subsystem) {
         return HsfTestWriter::MakeMessage(type, 2, subsystem, 0, {});
@@ -206,7 +186,7 @@ TEST(Playback, StatusIsRefreshedEveryTwoSecondsAndNotWhenIdle) {
         ++asks;
         return std::int64_t{5'500'000};
     };
-    PlaybackRig rig(100000, hooks);
+    StorageRig rig(hooks);
     rig.MakeFile("line.hsf", 100000);
     rig.Idle(50);  // first notice: publishes once
     const int idleStart = asks;
