@@ -1,15 +1,26 @@
 #pragma once
 // One QApplication per test binary, on the offscreen platform, and the small helpers the GUI
-// tests share: a scripted operator for message boxes and a bounded event pump.
+// tests share: a scripted operator for message boxes, a bounded event pump, the operator's
+// gestures on single controls and screenshots under the build folder.
 
+#include <gtest/gtest.h>
+#include <QAbstractButton>
 #include <QApplication>
+#include <QComboBox>
+#include <QDir>
 #include <QElapsedTimer>
-#include <QString>
+#include <QFileInfo>
+#include <QFocusEvent>
+#include <QLineEdit>
+#include <QTest>
 #include <functional>
 #include <string>
 #include <vector>
 
+#include "app/SystemCoordinator.h"
+#include "gui/sheets/EnableTable.h"
 #include "gui/sheets/OperatorPrompts.h"
+#include "gui/sheets/SheetContext.h"
 
 namespace halvo::test {
 
@@ -34,6 +45,9 @@ inline bool PumpUntil(const std::function<bool()>& done, int maxMs) {
     }
     return true;
 }
+inline void PumpFor(int ms) {
+    PumpUntil([] { return false; }, ms);
+}
 
 // The operator: remembers every box and answers questions as told.
 struct ScriptedOperator final : OperatorPrompts {
@@ -53,8 +67,75 @@ struct ScriptedOperator final : OperatorPrompts {
     }
 };
 
+// A sheet's context over a coordinator of its own.
+struct PageContext {
+    QApplication& app = GuiApp();
+    SystemCoordinator coordinator;
+    ScriptedOperator prompts;
+    EnableTable enables;
+    SheetContext context{coordinator, prompts, enables};
+};
+
+template <class W>
+W* Child(QObject* parent, const QString& name) {
+    W* w = parent == nullptr ? nullptr : parent->findChild<W*>(name);
+    EXPECT_NE(w, nullptr) << name.toStdString();
+    return w;
+}
+// What a line edit or a list shows.
+inline QString Shown(QWidget* page, const char* name) {
+    if (auto* e = page->findChild<QLineEdit*>(name)) return e->text();
+    if (auto* c = page->findChild<QComboBox*>(name)) return c->currentText();
+    return QString("<no field %1>").arg(name);
+}
+// The button that reads `text`, or the one of that object name.
+inline QAbstractButton* Button(QWidget* page, const QString& text) {
+    for (QAbstractButton* b : page->findChildren<QAbstractButton*>()) {
+        if (b->text() == text || b->objectName() == text) return b;
+    }
+    ADD_FAILURE() << text.toStdString();
+    return nullptr;
+}
+
+// Types into a field and leaves it, which applies the entry.
+inline void TypeAndLeave(QLineEdit* edit, const QString& text) {
+    edit->setText(text);
+    QFocusEvent out(QEvent::FocusOut, Qt::TabFocusReason);
+    QApplication::sendEvent(edit, &out);
+}
+// Clicks into the field (Enter counts for the field with the focus), types and presses Enter.
+inline void TypeAndEnter(QLineEdit* edit, const QString& text) {
+    ASSERT_NE(edit, nullptr);
+    edit->window()->activateWindow();
+    edit->setFocus(Qt::MouseFocusReason);
+    QApplication::processEvents();
+    edit->clear();
+    QTest::keyClicks(edit, text);
+    QTest::keyClick(edit, Qt::Key_Return);
+}
+inline void Choose(QComboBox* combo, int index) {
+    combo->setCurrentIndex(index);
+    emit combo->activated(index);
+}
+inline void Choose(QComboBox* combo, const QString& text) {
+    const int i = combo->findText(text);
+    ASSERT_GE(i, 0) << text.toStdString();
+    Choose(combo, i);
+}
+
 inline std::string ScreenshotPath(const char* name) {
     return std::string(HALVO_BINARY_DIR) + "/screenshots/" + name;
+}
+inline bool Screenshot(QWidget& w, const char* name) {
+    const QString file = QString::fromStdString(ScreenshotPath(name));
+    QDir().mkpath(QFileInfo(file).absolutePath());
+    return w.grab().save(file);
+}
+// A page alone, at a size that fits a 1366 x 768 screen beside the displays.
+inline bool PageScreenshot(QWidget& page, const char* name) {
+    page.resize(page.sizeHint().expandedTo(QSize(760, 0)).boundedTo(QSize(1000, 740)));
+    QApplication::processEvents();
+    return Screenshot(page, name);
 }
 
 }  // namespace halvo::test

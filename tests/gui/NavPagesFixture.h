@@ -3,23 +3,14 @@
 // pages in a control sheet and a setup sheet, as the program builds them. The links stay off
 // until a test turns them on, and then point at this machine only.
 
-#include <gtest/gtest.h>
-#include <QApplication>
 #include <QCheckBox>
-#include <QComboBox>
-#include <QDir>
-#include <QFocusEvent>
-#include <QLineEdit>
-#include <QPushButton>
 #include <memory>
 
 #include "GuiTestApp.h"
 #include "app/TempWorkDir.h"
 #include "gui/pages/NavigationPages.h"
 #include "gui/sheets/CfgSheet.h"
-#include "gui/sheets/EnableTable.h"
 #include "gui/sheets/SetupSheet.h"
-#include "gui/sheets/SheetPage.h"
 #include "platform/FakeSystemClock.h"
 #include "platform/FakeTickSource.h"
 #include "system/System.h"
@@ -56,8 +47,9 @@ class NavPagesTest : public TempWorkDir {
     }
 
     // Brings a page into view, as the operator's click on its tab does.
-    SheetPage* Show(PageSheet& sheet, const char* caption) {
-        SheetPage* page = sheet.FindPage(caption);
+    template <class Page = SheetPage>
+    Page* Show(PageSheet& sheet, const char* caption) {
+        auto* page = dynamic_cast<Page*>(sheet.FindPage(caption));
         EXPECT_NE(page, nullptr) << caption;
         if (page == nullptr) return nullptr;
         sheet.show();
@@ -65,33 +57,14 @@ class NavPagesTest : public TempWorkDir {
         PumpUntil([&] { return page->isVisible(); }, 2000);
         return page;
     }
-    template <class W>
-    static W* Find(QWidget* page, const char* name) {
-        W* w = page->findChild<W*>(name);
-        EXPECT_NE(w, nullptr) << name;
-        return w;
-    }
-    // Types into a field and leaves it.
-    static void Enter(QLineEdit* edit, const QString& text) {
-        edit->setText(text);
-        QFocusEvent out(QEvent::FocusOut, Qt::TabFocusReason);
-        QApplication::sendEvent(edit, &out);
-    }
-    static void Choose(QComboBox* combo, const QString& text) {
-        combo->setCurrentIndex(combo->findText(text));
-        emit combo->activated(combo->currentIndex());
-    }
-    static QPushButton* Button(QWidget* page, const QString& text) {
-        for (QPushButton* b : page->findChildren<QPushButton*>()) {
-            if (b->text() == text) return b;
-        }
-        ADD_FAILURE() << text.toStdString();
-        return nullptr;
-    }
-    // Saves a picture of the sheet under the build folder.
-    static void Screenshot(QWidget& sheet, const char* name) {
-        ASSERT_TRUE(QDir().mkpath(QString::fromStdString(ScreenshotPath(""))));
-        EXPECT_TRUE(sheet.grab().save(QString::fromStdString(ScreenshotPath(name))));
+    // Ticks the sheet until done() or 3 s.
+    static bool TickUntil(PageSheet& sheet, const std::function<bool()>& done) {
+        return PumpUntil(
+            [&] {
+                sheet.TimerPass();
+                return done();
+            },
+            3000);
     }
 
     FakeTickSource ticks_;

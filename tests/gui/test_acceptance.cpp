@@ -7,31 +7,18 @@
 // sonars ping at all only because the window's timer ticks the controller, which sends their
 // "on" from the pages.
 
-#include <gtest/gtest.h>
-
-#include <QAbstractButton>
 #include <QAction>
-#include <QApplication>
 #include <QCheckBox>
-#include <QDir>
-#include <QLineEdit>
 #include <QMenuBar>
 #include <QPushButton>
-#include <QTest>
 #include <atomic>
-#include <filesystem>
-#include <fstream>
-#include <memory>
-#include <sstream>
 
 #include "GuiTestApp.h"
 #include "app/Housekeeping.h"
 #include "app/TempWorkDir.h"
 #include "core/MessageHub.h"
-#include "core/MessageObserver.h"
 #include "display/SonarDataCache.h"
 #include "gui/sheets/CfgSheet.h"
-#include "gui/sheets/EnableTable.h"
 #include "gui/sheets/EnterKeyFilter.h"
 #include "gui/sheets/SheetPage.h"
 #include "gui/shell/CColorStatusBar.h"
@@ -116,38 +103,15 @@ class Acceptance : public test::TempWorkDir {
         TempWorkDir::TearDown();
     }
 
-    CfgSheet& Sheet() { return windows_->Sheet(); }
     QWidget* Page(const char* caption) {
-        SheetPage* p = Sheet().FindPage(caption);
+        SheetPage* p = windows_->Sheet().FindPage(caption);
         EXPECT_NE(p, nullptr) << caption;
-        if (p != nullptr) Sheet().ShowPage(p);
+        if (p != nullptr) windows_->Sheet().ShowPage(p);
         return p;
     }
-    // The operator clicks into the field, types and presses Enter.
-    void Type(const char* caption, const char* field, const QString& text) {
-        QWidget* page = Page(caption);
-        auto* e = page == nullptr ? nullptr : page->findChild<QLineEdit*>(field);
-        ASSERT_NE(e, nullptr) << field;
-        e->window()->activateWindow();
-        e->setFocus(Qt::MouseFocusReason);
-        QApplication::processEvents();
-        e->clear();
-        QTest::keyClicks(e, text);
-        QTest::keyClick(e, Qt::Key_Return);
-    }
-    template <class Button>
-    void Click(const char* caption, const QString& name) {
-        QWidget* page = Page(caption);
-        Button* found = nullptr;
-        for (Button* b : page == nullptr ? QList<Button*>{} : page->findChildren<Button*>()) {
-            if (b->objectName() == name || b->text() == name) found = b;
-        }
-        ASSERT_NE(found, nullptr) << caption << " " << name.toStdString();
-        found->click();
-    }
-    // Every sonar of the installation on, from its page.
+    // Every sonar of the installation on (or off again), from its page.
     void SonarsOn() {
-        for (const char* page : {"SB", "SSL", "SSH"}) Click<QCheckBox>(page, "SonarOn");
+        for (const char* page : {"SB", "SSL", "SSH"}) test::Button(Page(page), "SonarOn")->click();
     }
     // A command of the main window's menu bar, as the operator picks it.
     void Menu(const QString& text) {
@@ -172,13 +136,12 @@ class Acceptance : public test::TempWorkDir {
     }
     // The event loop with the main window's timer running, until done or 15 s.
     static bool Run(const std::function<bool()>& done) { return test::PumpUntil(done, 15000); }
-    static void RunFor(int ms) {
-        test::PumpUntil([] { return false; }, ms);
-    }
-    void Screenshot(const char* name) {
-        QDir().mkpath(QString::fromStdString(test::ScreenshotPath("")));
-        EXPECT_TRUE(
-            windows_->Frame().grab().save(QString::fromStdString(test::ScreenshotPath(name))));
+    // Starts the program and waits for the link and the first lines of the sonars turned on.
+    void StartSurvey(const std::function<bool()>& linesIn) {
+        ASSERT_NO_FATAL_FAILURE(StartProgram());
+        ASSERT_TRUE(Run([&] { return LinkPane() == "NET:ON"; })) << LinkPane().toStdString();
+        SonarsOn();
+        ASSERT_TRUE(Run(linesIn));
     }
 
     QApplication& app_ = test::GuiApp();
@@ -213,26 +176,21 @@ FileTraces CountTraces(const std::string& path, int subsystem, int channel) {
 }
 
 TEST_F(Acceptance, LiveSurveyIsShownRecordedAndPlayedBackWhole) {
-    ASSERT_NO_FATAL_FAILURE(StartProgram());
-    ASSERT_TRUE(Run([&] { return LinkPane() == "NET:ON"; })) << LinkPane().toStdString();
-    SonarsOn();
-    ASSERT_TRUE(Run([&] {
+    ASSERT_NO_FATAL_FAILURE(StartSurvey([&] {
         for (int d = 0; d < kDisplays; ++d) {
             if (system_->Lines().Lines(d) == 0 || CacheTotal(d) == 0) return false;
         }
         return true;
-    })) << "lines of displays 0-2: "
-        << system_->Lines().Lines(0) << " " << system_->Lines().Lines(1) << " "
-        << system_->Lines().Lines(2);
+    }));
 
     // Record a few seconds as the operator does, from the disk page.
-    Click<QPushButton>("Disk", "Record");
+    test::Button(Page("Disk"), "Record")->click();
     StorageControl& storage = system_->Storage();
     ASSERT_TRUE(Run([&] { return storage.getStatus().state == StateRecord; }));
     const std::string file = storage.getStatus().file;
-    RunFor(3000);
-    Screenshot("acceptance-live.png");
-    Click<QPushButton>("Disk", "Stop");
+    test::PumpFor(3000);
+    test::Screenshot(windows_->Frame(), "acceptance-live.png");
+    test::Button(Page("Disk"), "Stop")->click();
     ASSERT_TRUE(Run([&] { return storage.getStatus().state == StateIdleRecord; }));
 
     // The survey ends: sonars off, and the last live lines drain before the file is played.
@@ -243,7 +201,7 @@ TEST_F(Acceptance, LiveSurveyIsShownRecordedAndPlayedBackWhole) {
         const std::uint64_t now = system_->Lines().Lines(0);
         still = now == before ? still + 1 : 0;
         before = now;
-        RunFor(100);
+        test::PumpFor(100);
         return still >= 10;
     }));
 
@@ -264,27 +222,24 @@ TEST_F(Acceptance, LiveSurveyIsShownRecordedAndPlayedBackWhole) {
         return storage.getStatus().state == StateEndOfFile && played.count == recorded.all &&
                lines0() >= 2u * recorded.ofChannel;
     });
-    RunFor(500);  // nothing more may come
+    test::PumpFor(500);  // nothing more may come
     system_->Hub().DataBus().Detach(&played);
     EXPECT_TRUE(whole) << "state " << storage.getStatus().state;
     EXPECT_EQ(played.count, recorded.all);
     EXPECT_EQ(lines0(), 2u * recorded.ofChannel);
     for (int d = 1; d < kDisplays; ++d) EXPECT_GT(system_->Lines().Lines(d), base[d]) << d;
     EXPECT_EQ(LinkPane(), "NET:PB");
-    Screenshot("acceptance-played.png");
+    test::Screenshot(windows_->Frame(), "acceptance-played.png");
 }
 
 TEST_F(Acceptance, GainTypedInTheDisplayPageChangesTheNextLines) {
-    ASSERT_NO_FATAL_FAILURE(StartProgram());
-    ASSERT_TRUE(Run([&] { return LinkPane() == "NET:ON"; }));
-    SonarsOn();
-    ASSERT_TRUE(Run([&] { return CacheTotal(0) >= 20; }));
+    ASSERT_NO_FATAL_FAILURE(StartSurvey([&] { return CacheTotal(0) >= 20; }));
 
     // Down by 20 dB: a tenth of the amplitude, where the line is not clipped at full scale.
-    Type("D0", "Gain", "10");
+    test::TypeAndEnter(test::Child<QLineEdit>(Page("D0"), "Gain"), "10");
     const std::int64_t changedAt = CacheTotal(0);
     ASSERT_TRUE(Run([&] { return CacheTotal(0) >= changedAt + 20; }));
-    Screenshot("acceptance-gain.png");
+    test::Screenshot(windows_->Frame(), "acceptance-gain.png");
 
     // The newest lines against the oldest ones still cached, over the same rows of the line.
     const SonarDataCache* cache = Cache(0);

@@ -1,13 +1,11 @@
 // The storage and logs pages over their real singletons, and the registration of all four pages.
 
-#include <gtest/gtest.h>
-
 #include <QCheckBox>
 #include <QLabel>
 #include <QPlainTextEdit>
 #include <QPushButton>
 
-#include "PagesTestSupport.h"
+#include "GuiTestApp.h"
 #include "app/EventLog.h"
 #include "app/TempWorkDir.h"
 #include "gui/pages/CfgStorage.h"
@@ -25,24 +23,18 @@ namespace {
 
 class StoragePage : public TempWorkDir {
   protected:
-    void SetUp() override {
-        TempWorkDir::SetUp();
-        page_ = std::make_unique<CfgStorage>(
-            ctx_.context, storage_,
-            CfgStorage::Sources{[this] { return tick_; }, [] { return 7u; }, [] { return 3u; }});
-        page_->show();
-        page_->Tick();
+    StoragePage() {
+        page_.show();
+        page_.Tick();
     }
-    void TearDown() override {
-        page_.reset();
-        TempWorkDir::TearDown();
-    }
-    const CfgStorage::Widgets& ui() { return page_->Ui(); }
+    const CfgStorage::Widgets& ui() { return page_.Ui(); }
 
     PageContext ctx_;
     StorageControl storage_{ctx_.coordinator};
     std::uint32_t tick_ = 1000;
-    std::unique_ptr<CfgStorage> page_;
+    CfgStorage page_{
+        ctx_.context, storage_,
+        CfgStorage::Sources{[this] { return tick_; }, [] { return 7u; }, [] { return 3u; }}};
 };
 
 TEST_F(StoragePage, ShowsWhatStorageHoldsAndPublishes) {
@@ -54,7 +46,7 @@ TEST_F(StoragePage, ShowsWhatStorageHoldsAndPublishes) {
     s.playbackRange0 = -7500000;  // 12 deg 30 min west
     storage_.setSettings(s);
     storage_.PublishStatus({"/data/Survey004.hsf", 12, StateRecord, 4000, 4});
-    page_->Tick();
+    page_.Tick();
 
     EXPECT_EQ(ui().recordFile->text(), "Survey");
     EXPECT_EQ(ui().playbackRate->text(), "123");
@@ -68,30 +60,30 @@ TEST_F(StoragePage, ShowsWhatStorageHoldsAndPublishes) {
     // A form the page does not offer is named, not silently replaced.
     s.recordForm = 2;
     storage_.setSettings(s);
-    page_->Tick();
+    page_.Tick();
     EXPECT_EQ(ui().recordForm->currentText(), "<Unknown 2>");
-    EXPECT_TRUE(Screenshot(*page_, "page_disk.png"));
+    EXPECT_TRUE(PageScreenshot(page_, "page_disk.png"));
 }
 
 TEST_F(StoragePage, OperatorEntriesReachStorageHeldToRange) {
     StorageSettings s = storage_.getSettings();
     s.flags = 3;
     storage_.setSettings(s);
-    page_->Tick();
+    page_.Tick();
 
     TypeAndLeave(ui().playbackRate, "50000");
     TypeAndLeave(ui().maxRecordSize, "-5");
     TypeAndLeave(ui().recordDir, "/survey/day2");
     ui().reparse->click();
     Choose(ui().acquireMode, 1);
-    s = storage_.getSettings();
-    EXPECT_EQ(s.playbackRate, 10000);
     EXPECT_EQ(ui().playbackRate->text(), "10000");
-    EXPECT_EQ(s.maxRecordSize, 0);
     EXPECT_EQ(ui().maxRecordSize->text(), "0");
-    EXPECT_EQ(s.recordDir, "/survey/day2");
-    EXPECT_EQ(s.flags, 2) << "only Reparse Data cleared";
-    EXPECT_EQ(s.acquireMode, 1);
+    s.playbackRate = 10000;
+    s.maxRecordSize = 0;
+    s.recordDir = "/survey/day2";
+    s.flags = 2;  // only Reparse Data cleared
+    s.acquireMode = 1;
+    EXPECT_EQ(storage_.getSettings(), s) << "nothing else moved";
 
     // Latitude bounds are typed as positions and kept in ten-thousandths of a minute.
     Choose(ui().rangeType, 2);
@@ -139,49 +131,49 @@ TEST_F(StoragePage, ButtonsFollowTheModeAndPauseIsACheckBox) {
 
     // A change made elsewhere (the main window's "Change/Pause") shows at the next tick.
     storage_.ChangePause();
-    page_->Tick();
+    page_.Tick();
     EXPECT_TRUE(ui().pause->isChecked());
 }
 
 TEST_F(StoragePage, ChosenFilesChainWhileThePageIsHidden) {
-    page_->FilesChosen({"/runs/a.hsf", "/runs/b.hsf", "/runs/c.hsf"});
+    page_.FilesChosen({"/runs/a.hsf", "/runs/b.hsf", "/runs/c.hsf"});
     EXPECT_EQ(ui().playbackFile->text(), "a.hsf");
     EXPECT_EQ(ui().playbackDir->text(), "/runs");
     EXPECT_EQ(storage_.getSettings().mode, ModeStop);
 
-    page_->hide();
+    page_.hide();
     tick_ += PlaybackChain::kRestartDelayMs;
-    page_->Tick();
+    page_.Tick();
     EXPECT_EQ(storage_.getSettings().mode, ModePlayback) << "started 300 ms after the stop";
 
     storage_.PublishStatus({"/runs/a.hsf", 1, StateEndOfFile, 100, 0});
     tick_ += 100;
-    page_->Tick();
+    page_.Tick();
     StorageSettings s = storage_.getSettings();
     EXPECT_EQ(s.playbackFile, "b.hsf");
     EXPECT_EQ(s.mode, ModeStop);
     tick_ += PlaybackChain::kRestartDelayMs;
-    page_->Tick();
+    page_.Tick();
     EXPECT_EQ(storage_.getSettings().mode, ModePlayback);
 
     // An error ends the chain.
     storage_.PublishStatus({"/runs/b.hsf", 0, StateError, 100, 0});
-    page_->Tick();
-    EXPECT_FALSE(page_->Chain().Auto());
+    page_.Tick();
+    EXPECT_FALSE(page_.Chain().Auto());
 
     // A single file does not start unless Auto Repeat is checked.
-    page_->show();
+    page_.show();
     ui().stop->click();
-    page_->FilesChosen({"/runs/one.hsf"});
+    page_.FilesChosen({"/runs/one.hsf"});
     EXPECT_EQ(storage_.getSettings().playbackFile, "one.hsf");
-    EXPECT_FALSE(page_->Chain().Auto());
+    EXPECT_FALSE(page_.Chain().Auto());
     ui().autoRepeat->click();
-    page_->FilesChosen({"/runs/one.hsf"});
-    EXPECT_TRUE(page_->Chain().Auto());
+    page_.FilesChosen({"/runs/one.hsf"});
+    EXPECT_TRUE(page_.Chain().Auto());
 }
 
 TEST_F(StoragePage, WizardRecordsIntoItsFolder) {
-    page_->StartRecording(".", "DiagData_");
+    page_.StartRecording(".", "DiagData_");
     const StorageSettings s = storage_.getSettings();
     EXPECT_EQ(s.recordDir, ".");
     EXPECT_EQ(s.recordFile, "DiagData_");
@@ -191,22 +183,16 @@ TEST_F(StoragePage, WizardRecordsIntoItsFolder) {
 
 class LogsPage : public TempWorkDir {
   protected:
-    void SetUp() override {
-        TempWorkDir::SetUp();
-        page_ = std::make_unique<SetupLogs>(ctx_.context, logging_, log_);
-        page_->show();
-        page_->Tick();
+    LogsPage() {
+        page_.show();
+        page_.Tick();
     }
-    void TearDown() override {
-        page_.reset();
-        TempWorkDir::TearDown();
-    }
-    const SetupLogs::Widgets& ui() { return page_->Ui(); }
+    const SetupLogs::Widgets& ui() { return page_.Ui(); }
 
     PageContext ctx_;
     LoggingControl logging_{ctx_.coordinator};
     EventLog log_{[] { return TimeValue{1'700'000'000, 0}; }, 5};
-    std::unique_ptr<SetupLogs> page_;
+    SetupLogs page_{ctx_.context, logging_, log_};
 };
 
 TEST_F(LogsPage, FlagsAndCommentsGoBothWays) {
@@ -214,7 +200,7 @@ TEST_F(LogsPage, FlagsAndCommentsGoBothWays) {
     s.flags = LoggingSettings::kNmea | LoggingSettings::kDataSock;
     s.commentLine1 = "Line 7 north";
     logging_.setSettings(s);
-    page_->Tick();
+    page_.Tick();
     for (int i = 0; i < SetupLogs::kFlagCount; ++i) {
         EXPECT_EQ(ui().flags[i]->isChecked(), (s.flags & SetupLogs::FlagBit(i)) != 0)
             << ui().flags[i]->text().toStdString();
@@ -235,13 +221,13 @@ TEST_F(LogsPage, FlagsAndCommentsGoBothWays) {
 TEST_F(LogsPage, EventLogFollowsHoldsAndFilters) {
     log_.Add("RECORD : New File: a.hsf");
     log_.Add("SONAR : On");
-    page_->Tick();
+    page_.Tick();
     EXPECT_EQ(ui().view->blockCount(), 2);
     EXPECT_TRUE(ui().view->toPlainText().contains("SONAR : On"));
 
     ui().hold->click();
     log_.Add("RECORD : File Closed");
-    page_->Tick();
+    page_.Tick();
     EXPECT_FALSE(ui().view->toPlainText().contains("File Closed"));
     ui().hold->click();
     EXPECT_TRUE(ui().view->toPlainText().contains("File Closed"));
@@ -253,7 +239,7 @@ TEST_F(LogsPage, EventLogFollowsHoldsAndFilters) {
     for (int i = 0; i < 6; ++i) log_.Addf("RECORD : %d", i);
     ui().filter->clear();
     EXPECT_EQ(ui().view->blockCount(), 5);
-    EXPECT_TRUE(Screenshot(*page_, "page_logs.png"));
+    EXPECT_TRUE(PageScreenshot(page_, "page_logs.png"));
 }
 
 class RecordPages : public TempWorkDir {};

@@ -1,12 +1,10 @@
 // The alerts and status pages over the real status control and processor.
 
-#include <gtest/gtest.h>
-
 #include <QCheckBox>
 #include <QLabel>
 #include <QToolButton>
 
-#include "PagesTestSupport.h"
+#include "GuiTestApp.h"
 #include "display/WaterfallPlot.h"
 #include "gui/pages/SetupAlert.h"
 #include "gui/pages/SetupStatus.h"
@@ -17,27 +15,15 @@ namespace {
 
 class AlertPage : public StatusRig {
   protected:
-    void SetUp() override {
-        StatusRig::SetUp();
-        page_ = std::make_unique<SetupAlert>(ctx_.context, control_,
-                                             [this] { return processor_.alertText(); });
-        page_->show();
-        page_->Tick();
+    AlertPage() {
+        page_.show();
+        page_.Tick();
     }
-    void TearDown() override {
-        page_.reset();
-        StatusRig::TearDown();
-    }
-    const SetupAlert::Widgets& ui() { return page_->Ui(); }
-    QCheckBox* Box(const char* label) {
-        for (QCheckBox* b : ui().enables) {
-            if (b->text() == label) return b;
-        }
-        return nullptr;
-    }
+    const SetupAlert::Widgets& ui() { return page_.Ui(); }
+    QCheckBox* Box(const char* label) { return qobject_cast<QCheckBox*>(Button(&page_, label)); }
 
     PageContext ctx_;
-    std::unique_ptr<SetupAlert> page_;
+    SetupAlert page_{ctx_.context, control_, [this] { return processor_.alertText(); }};
 };
 
 TEST_F(AlertPage, ShowsTheLimitsStatusHolds) {
@@ -47,9 +33,8 @@ TEST_F(AlertPage, ShowsTheLimitsStatusHolds) {
     a.altitudeDisplay = -1;
     a.miscChan = 6;
     control_.setAlertSettings(a);
-    page_->Tick();
+    page_.Tick();
     for (const char* on : {"Enable Roll", "PC Speaker Beeps on Alerts", "SVS Received"}) {
-        ASSERT_NE(Box(on), nullptr) << on;
         EXPECT_TRUE(Box(on)->isChecked()) << on;
     }
     EXPECT_FALSE(Box("Enable GPS")->isChecked());
@@ -93,34 +78,28 @@ TEST_F(AlertPage, EntriesAreHeldToTheirRanges) {
 }
 
 TEST_F(AlertPage, AlertTextFollowsTheProcessor) {
-    page_->Tick();
+    page_.Tick();
     EXPECT_EQ(ui().alertText->text(), " No Alerts");
     Box("ADC Not Clipping")->click();
     Feed(MakeTrace({{TraceField::ADCMax, 32767}}));
-    page_->Tick();
+    page_.Tick();
     EXPECT_EQ(ui().alertText->text(), "ALERTS:  ADCCLIP");
-    EXPECT_TRUE(Screenshot(*page_, "page_alerts.png"));
+    EXPECT_TRUE(PageScreenshot(page_, "page_alerts.png"));
     Feed(MakeTrace({{TraceField::ADCMax, 100}}));
-    page_->Tick();
+    page_.Tick();
     EXPECT_EQ(ui().alertText->text(), " No Alerts");
 }
 
 class StatusPage : public StatusRig {
   protected:
-    void SetUp() override {
-        StatusRig::SetUp();
-        page_ = std::make_unique<SetupStatus>(ctx_.context, control_, "./StatusCustom.ini");
-        page_->show();
-        page_->Tick();
+    StatusPage() {
+        page_.show();
+        page_.Tick();
     }
-    void TearDown() override {
-        page_.reset();
-        StatusRig::TearDown();
-    }
-    const SetupStatus::Widgets& ui() { return page_->Ui(); }
+    const SetupStatus::Widgets& ui() { return page_.Ui(); }
 
     PageContext ctx_;
-    std::unique_ptr<SetupStatus> page_;
+    SetupStatus page_{ctx_.context, control_, "./StatusCustom.ini"};
 };
 
 TEST_F(StatusPage, ItemsAndFieldsFollowStatusSettings) {
@@ -130,25 +109,25 @@ TEST_F(StatusPage, ItemsAndFieldsFollowStatusSettings) {
     s.custom[3].channel = -1;
     s.fontSize = 30;
     control_.setSettings(s);
-    page_->Tick();
+    page_.Tick();
     for (const auto& item : ui().items) {
         EXPECT_EQ(item.box->isChecked(), (s.flags & item.bit) != 0)
             << item.box->text().toStdString();
     }
-    EXPECT_EQ(page_->ItemBox(ItemCTD)->text(), "CTD Readings");
-    EXPECT_EQ(page_->ItemBox(WaterfallPlot::kCursorSampleBit)->text(), "Sample #");
+    EXPECT_EQ(page_.ItemBox(ItemCTD)->text(), "CTD Readings");
+    EXPECT_EQ(page_.ItemBox(WaterfallPlot::kCursorSampleBit)->text(), "Sample #");
     EXPECT_EQ(ui().custom[3].label->text(), "0.5,1,6,2|%f deg");
     EXPECT_EQ(ui().custom[3].channel->text(), "-1");
     EXPECT_EQ(ui().custom[1].description->text(), "Reserved %");
     EXPECT_EQ(ui().fontSize->text(), "30");
     EXPECT_TRUE(ui().help->text().startsWith("Format field example: J,K,L,M|S % or"));
     EXPECT_TRUE(ui().help->text().contains(" |: Required Delmimter\n"));
-    EXPECT_TRUE(Screenshot(*page_, "page_status.png"));
+    EXPECT_TRUE(PageScreenshot(page_, "page_status.png"));
 }
 
 TEST_F(StatusPage, EntriesReachStatusHeldToRange) {
-    page_->ItemBox(ItemMark)->click();
-    page_->ItemBox(WaterfallPlot::kCursorSampleBit)->click();
+    page_.ItemBox(ItemMark)->click();
+    page_.ItemBox(WaterfallPlot::kCursorSampleBit)->click();
     EXPECT_EQ(control_.getSettings().flags,
               static_cast<int>(ItemMark | WaterfallPlot::kCursorSampleBit));
     TypeAndLeave(ui().fontSize, "500");
@@ -169,21 +148,21 @@ TEST_F(StatusPage, EntriesReachStatusHeldToRange) {
 }
 
 TEST_F(StatusPage, ReadyMadeFieldIsStoredAtOnce) {
-    EXPECT_FALSE(page_->ChoosePreset(0, 0)) << "no file, no list";
+    EXPECT_FALSE(page_.ChoosePreset(0, 0)) << "no file, no list";
     WriteFile("StatusCustom.ini",
               "[Heading]\nChannel=2\nDescription=HDG\nFormat=0.01,0,5,1|HDG %\nField=57\n"
               "[Roll]\nField=61\n");
-    EXPECT_EQ(page_->PresetNames(), (std::vector<std::string>{"Heading", "Roll"}));
+    EXPECT_EQ(page_.PresetNames(), (std::vector<std::string>{"Heading", "Roll"}));
     ui().custom[6].enable->click();
-    ASSERT_TRUE(page_->ChoosePreset(6, 0));
+    ASSERT_TRUE(page_.ChoosePreset(6, 0));
     const CustomField c = control_.getSettings().custom[6];
     EXPECT_EQ(c.field, 57);
     EXPECT_EQ(c.channel, 2);
     EXPECT_EQ(c.label, "0.01,0,5,1|HDG %");
     EXPECT_EQ(c.enable, 1) << "the enable stays as it was";
     EXPECT_EQ(ui().custom[6].description->text(), "HDG");
-    EXPECT_FALSE(page_->ChoosePreset(6, 2));
-    EXPECT_FALSE(page_->ChoosePreset(8, 0));
+    EXPECT_FALSE(page_.ChoosePreset(6, 2));
+    EXPECT_FALSE(page_.ChoosePreset(8, 0));
 }
 
 }  // namespace

@@ -14,12 +14,12 @@ class SetupNavTest : public test::NavPagesTest {
   protected:
     void SetUp() override {
         NavPagesTest::SetUp();
-        page_ = dynamic_cast<SetupNav*>(Show(*cfg_, "Navigation"));
+        page_ = Show<SetupNav>(*cfg_, "Navigation");
         ASSERT_NE(page_, nullptr);
     }
-    QLineEdit* Edit(const char* name) { return Find<QLineEdit>(page_, name); }
-    QComboBox* Combo(const char* name) { return Find<QComboBox>(page_, name); }
-    QCheckBox* Box(const char* name) { return Find<QCheckBox>(page_, name); }
+    QLineEdit* Edit(const char* name) { return test::Child<QLineEdit>(page_, name); }
+    QComboBox* Combo(const char* name) { return test::Child<QComboBox>(page_, name); }
+    QCheckBox* Box(const QString& name) { return test::Child<QCheckBox>(page_, name); }
     // A sentence as serial port `port` posts it to the data bus.
     void Feed(const char* line, int port) {
         SonarMessage m = NavigationInput::BuildMessage(line, port, system_->Clock().Now());
@@ -37,42 +37,42 @@ TEST_F(SetupNavTest, ShowsBothOwnersChangesMadeElsewhere) {
     c.ports[1] = {9600, 17, 1, "/tmp/ttyNav"};
     c.ports[2].baud = 4000;  // not a speed the port offers
     system_->Navigation().Set(c);
-    cfg_->TimerPass();
-    EXPECT_EQ(Combo("LatLonSource")->currentText(), "GGA");
-    EXPECT_EQ(Combo("TimeSource")->currentText(), "RMC");
-    EXPECT_EQ(Edit("TSBias")->text(), "-250");
-    EXPECT_TRUE(Box("Nav1.Enable")->isChecked());
-    EXPECT_EQ(Edit("Nav1.Port")->text(), "17");
-    EXPECT_EQ(Combo("Nav1.Baud")->currentText(), "9600");
-    EXPECT_EQ(Edit("Nav1.Device")->text(), "/tmp/ttyNav");
-    EXPECT_EQ(Combo("Nav2.Baud")->currentText(), "<Unknown 4000>");
-    // An empty device names the path the port number gives.
-    EXPECT_EQ(Edit("Nav0.Device")->placeholderText().toStdString(),
-              system_->Navigation().Get().ports[0].DevicePath());
-
     system_->General().Modify([](GeneralValues& g) {
         g.NMEAantennaeO = -321;
         g.NMEAantennaeR = 450;
         g.GPSFlags = (1 << SetupNav::LaybackEnable) | (1 << SetupNav::NegateEw);
     });
     cfg_->TimerPass();
-    EXPECT_EQ(Edit("NMEAantennaeO")->text(), "-321");
-    EXPECT_EQ(Edit("NMEAantennaeR")->text(), "450");
+    for (const auto& [field, shown] : {std::pair{"LatLonSource", "GGA"},
+                                       {"TimeSource", "RMC"},
+                                       {"TSBias", "-250"},
+                                       {"Nav1.Port", "17"},
+                                       {"Nav1.Baud", "9600"},
+                                       {"Nav1.Device", "/tmp/ttyNav"},
+                                       {"Nav2.Baud", "<Unknown 4000>"},
+                                       {"NMEAantennaeO", "-321"},
+                                       {"NMEAantennaeR", "450"}}) {
+        EXPECT_EQ(test::Shown(page_, field), shown) << field;
+    }
+    EXPECT_TRUE(Box("Nav1.Enable")->isChecked());
+    // An empty device names the path the port number gives.
+    EXPECT_EQ(Edit("Nav0.Device")->placeholderText().toStdString(),
+              system_->Navigation().Get().ports[0].DevicePath());
     for (int b = 0; b < SetupNav::kGpsBits; ++b) {
         const bool on = b == SetupNav::LaybackEnable || b == SetupNav::NegateEw;
-        EXPECT_EQ(Box(QString("GPSFlags.%1").arg(b).toLatin1())->isChecked(), on) << b;
+        EXPECT_EQ(Box(QString("GPSFlags.%1").arg(b))->isChecked(), on) << b;
     }
 }
 
 TEST_F(SetupNavTest, EntriesReachTheOwnersHeldToRange) {
-    Enter(Edit("Nav0.Port"), "300");
+    test::TypeAndLeave(Edit("Nav0.Port"), "300");
     EXPECT_EQ(Edit("Nav0.Port")->text(), "255");
-    Enter(Edit("Nav2.Port"), "0");
+    test::TypeAndLeave(Edit("Nav2.Port"), "0");
     EXPECT_EQ(Edit("Nav2.Port")->text(), "1");
-    Enter(Edit("Nav1.Device"), "/dev/pts/7");
-    Enter(Edit("TSBias"), "99999");
-    Choose(Combo("Nav1.Baud"), "19200");
-    Choose(Combo("TimeSource"), "GGA");
+    test::TypeAndLeave(Edit("Nav1.Device"), "/dev/pts/7");
+    test::TypeAndLeave(Edit("TSBias"), "99999");
+    test::Choose(Combo("Nav1.Baud"), "19200");
+    test::Choose(Combo("TimeSource"), "GGA");
     Box("Nav1.Enable")->click();
     Box("TSEnable")->click();
     const NavigationConfig c = system_->Navigation().Get();
@@ -105,8 +105,8 @@ TEST_F(SetupNavTest, AntennaOffsetsAreTypedWideAndStoredInSixteenBits) {
                  {"5000000", SetupNav::kAntennaLimit},
                  {"-5000000", -SetupNav::kAntennaLimit}};
     for (const auto& c : cases) {
-        Enter(Edit("NMEAantennaeO"), c.typed);
-        Enter(Edit("NMEAantennaeR"), c.typed);
+        test::TypeAndLeave(Edit("NMEAantennaeO"), c.typed);
+        test::TypeAndLeave(Edit("NMEAantennaeR"), c.typed);
         const auto stored = static_cast<std::int16_t>(c.held);
         const GeneralValues g = system_->General().Snapshot();
         EXPECT_EQ(g.NMEAantennaeO, stored) << c.typed;
@@ -116,12 +116,9 @@ TEST_F(SetupNavTest, AntennaOffsetsAreTypedWideAndStoredInSixteenBits) {
 }
 
 TEST_F(SetupNavTest, LivePanelShowsSentencesFilteredByPort) {
-    const char* gll0 = "$GPGLL,5130.1234,N,00005.6789,W,120000.00,A*00\r\n";
-    const char* zda1 = "$GPZDA,120001.00,14,03,2024,00,00*00\r\n";
-    const char* junk2 = "$GPXXX,not a sentence\r\n";
-    Feed(gll0, 0);
-    Feed(zda1, 1);
-    Feed(junk2, 2);
+    Feed("$GPGLL,5130.1234,N,00005.6789,W,120000.00,A*00\r\n", 0);
+    Feed("$GPZDA,120001.00,14,03,2024,00,00*00\r\n", 1);
+    Feed("$GPXXX,not a sentence\r\n", 2);
     ASSERT_TRUE(
         test::PumpUntil([&] { return system_->Stamping().CopyHistory().WriteIndex() >= 3; }, 3000));
     cfg_->TimerPass();
@@ -131,11 +128,10 @@ TEST_F(SetupNavTest, LivePanelShowsSentencesFilteredByPort) {
     EXPECT_TRUE(all[0].startsWith("OK:$GPGLL,5130.1234")) << all[0].toStdString();
     EXPECT_TRUE(all[1].startsWith("OK:$GPZDA")) << all[1].toStdString();
     EXPECT_TRUE(all[2].startsWith("??:$GPXXX")) << all[2].toStdString();
-
-    page_->SetHistoryPort(1);
-    EXPECT_EQ(page_->HistoryText(), all[1]);
-    page_->SetHistoryPort(2);
-    EXPECT_EQ(page_->HistoryText(), all[2]);
+    for (const int port : {1, 2}) {
+        page_->SetHistoryPort(port);
+        EXPECT_EQ(page_->HistoryText(), all[port]);
+    }
     page_->SetHistoryPort(SetupNav::kAllPorts);
     EXPECT_EQ(page_->HistoryText().split('\n'), all);
 
@@ -147,6 +143,7 @@ TEST_F(SetupNavTest, LivePanelShowsSentencesFilteredByPort) {
     ticks_.AdvanceTick(10001);
     cfg_->TimerPass();
     EXPECT_EQ(page_->NavStatusText(), "NAV : No data (Off)");
+    EXPECT_TRUE(test::Screenshot(*cfg_, "page_setup_nav.png"));
 }
 
 TEST_F(SetupNavTest, PortStatusFollowsTheEnabledPorts) {
@@ -156,12 +153,7 @@ TEST_F(SetupNavTest, PortStatusFollowsTheEnabledPorts) {
     NavigationConfig c = system_->Navigation().Get();
     c.ports[0] = {4800, 1, 1, "/nonexistent/halvo-tty"};
     system_->Navigation().Set(c);
-    ASSERT_TRUE(test::PumpUntil(
-        [&] {
-            cfg_->TimerPass();
-            return page_->PortStatusText() == "[Cannot Open Port] ";
-        },
-        3000))
+    ASSERT_TRUE(TickUntil(*cfg_, [&] { return page_->PortStatusText() == "[Cannot Open Port] "; }))
         << page_->PortStatusText().toStdString();
 }
 

@@ -1,18 +1,12 @@
-#include <arpa/inet.h>
-#include <netinet/in.h>
-#include <sys/socket.h>
-#include <unistd.h>
-
 #include <mutex>
-#include <vector>
 
 #include "NavPagesFixture.h"
 #include "app/ProgramClock.h"
 #include "core/ByteOrder.h"
 #include "core/MessageHub.h"
-#include "core/MessageObserver.h"
 #include "core/MessageTypes.h"
 #include "gui/pages/SetupTelemetry.h"
+#include "net/NetTestRig.h"
 #include "net/NetworkHub.h"
 
 namespace halvo {
@@ -30,66 +24,52 @@ struct CommandLog final : MessageObserver {
         const auto p = m->Payload();
         seen.push_back({m->type(), m->direction(), source, {p.begin(), p.end()}});
     }
-    std::vector<Seen> Take() {
+    // What came once `n` messages are in, or all there is after 3 s.
+    std::vector<Seen> Take(std::size_t n) {
+        test::PumpUntil(
+            [&] {
+                std::lock_guard lock(mutex);
+                return seen.size() >= n;
+            },
+            3000);
         std::lock_guard lock(mutex);
         return std::exchange(seen, {});
-    }
-    std::size_t Count() {
-        std::lock_guard lock(mutex);
-        return seen.size();
     }
     std::mutex mutex;
     std::vector<Seen> seen;
 };
 
-// A loopback listener on an ephemeral port; connections wait in its backlog.
-struct Listener {
-    Listener() {
-        fd = ::socket(AF_INET, SOCK_STREAM, 0);
-        sockaddr_in a{};
-        a.sin_family = AF_INET;
-        a.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        socklen_t len = sizeof a;
-        if (fd < 0 || ::bind(fd, reinterpret_cast<sockaddr*>(&a), len) != 0 ||
-            ::listen(fd, 4) != 0 || ::getsockname(fd, reinterpret_cast<sockaddr*>(&a), &len) != 0)
-            return;
-        port = ntohs(a.sin_port);
-    }
-    ~Listener() {
-        if (fd >= 0) ::close(fd);
-    }
-    int fd = -1;
-    int port = 0;
-};
+using Net = NetworkSettings;
 
 class SetupTelemetryTest : public test::NavPagesTest {
   protected:
     void SetUp() override {
         NavPagesTest::SetUp();
-        page_ = dynamic_cast<SetupTelemetry*>(Show(*cfg_, "Network"));
+        page_ = Show<SetupTelemetry>(*cfg_, "Network");
         ASSERT_NE(page_, nullptr);
     }
-    NetworkHub& Net() { return system_->Network(); }
-    QLineEdit* Edit(const char* name) { return Find<QLineEdit>(page_, name); }
+    NetworkHub& Hub() { return system_->Network(); }
+    QLineEdit* Edit(const char* name) { return test::Child<QLineEdit>(page_, name); }
+    QCheckBox* Box(const char* name) { return test::Child<QCheckBox>(page_, name); }
 
     SetupTelemetry* page_ = nullptr;
 };
 
 TEST_F(SetupTelemetryTest, ShowsWhatTheHubHoldsAfterAChangeElsewhere) {
-    NetworkSettings s = Net().Settings();
-    s.endpoints[NetworkSettings::SonarData].HostName = "127.0.0.1";
-    s.endpoints[NetworkSettings::TopsideCommand].Port = 4242;
+    Net s = Hub().Settings();
+    s.endpoints[Net::SonarData].HostName = "127.0.0.1";
+    s.endpoints[Net::TopsideCommand].Port = 4242;
     s.AliveTimeout = 7500;
     s.EnableTimeSync = 1;
-    Net().ApplyNetworkSettings(s);
+    Hub().ApplyNetworkSettings(s);
     EXPECT_NE(Edit("SonarData.HostName")->text(), "127.0.0.1") << "nothing shows before a tick";
 
     cfg_->TimerPass();
     EXPECT_EQ(Edit("SonarData.HostName")->text(), "127.0.0.1");
     EXPECT_EQ(Edit("TopsideCommand.Port")->text(), "4242");
     EXPECT_EQ(Edit("AliveTimeout")->text(), "7500");
-    EXPECT_TRUE(Find<QCheckBox>(page_, "EnableTimeSync")->isChecked());
-    EXPECT_FALSE(Find<QCheckBox>(page_, "EnableNetworkIO")->isChecked());
+    EXPECT_TRUE(Box("EnableTimeSync")->isChecked());
+    EXPECT_FALSE(Box("EnableNetworkIO")->isChecked());
 }
 
 TEST_F(SetupTelemetryTest, EntriesReachTheHubHeldToTheirRanges) {
@@ -105,67 +85,53 @@ TEST_F(SetupTelemetryTest, EntriesReachTheHubHeldToTheirRanges) {
         {"AliveTimeout", "90000", "60000"},
         {"SonarCommand.Port", "70000", "65535"},
         {"SonarCommand.HostName", "sonar.local", "sonar.local"},
+        {"SonarData.RecvSize", "lots", "1000"},  // refused: the stored value shows again
     };
+    Net want = Hub().Settings();
     for (const auto& c : cases) {
-        Enter(Edit(c.field), c.typed);
+        test::TypeAndLeave(Edit(c.field), c.typed);
         EXPECT_EQ(Edit(c.field)->text(), c.shown) << c.field << " " << c.typed;
     }
-    const NetworkSettings s = Net().Settings();
-    EXPECT_EQ(s.endpoints[NetworkSettings::SonarCommand].XmitSize, 200000);
-    EXPECT_EQ(s.endpoints[NetworkSettings::SonarData].RecvSize, 1000);
-    EXPECT_EQ(s.endpoints[NetworkSettings::TopsideData].XmitSize, 150000);
-    EXPECT_EQ(s.endpoints[NetworkSettings::SonarCommand].Port, 65535);
-    EXPECT_EQ(s.endpoints[NetworkSettings::SonarCommand].HostName, "sonar.local");
-    EXPECT_EQ(s.AliveTimeout, 60000);
-
-    // A refused entry leaves the stored value and shows it again.
-    Enter(Edit("SonarData.RecvSize"), "lots");
-    EXPECT_EQ(Net().Settings().endpoints[NetworkSettings::SonarData].RecvSize, 1000);
-    EXPECT_EQ(Edit("SonarData.RecvSize")->text(), "1000");
-
-    Find<QCheckBox>(page_, "EnableTimeSync")->click();
-    EXPECT_EQ(Net().Settings().EnableTimeSync, 1);
+    Box("EnableTimeSync")->click();
+    want.endpoints[Net::SonarCommand].XmitSize = 200000;
+    want.endpoints[Net::SonarData].RecvSize = 1000;
+    want.endpoints[Net::TopsideData].XmitSize = 150000;
+    want.endpoints[Net::SonarCommand].Port = 65535;
+    want.endpoints[Net::SonarCommand].HostName = "sonar.local";
+    want.AliveTimeout = 60000;
+    want.EnableTimeSync = 1;
+    EXPECT_EQ(Hub().Settings(), want) << "nothing else moved";
 }
 
 TEST_F(SetupTelemetryTest, DefaultButtonsResetAllButTheDataLinksTransmitBuffer) {
     const struct {
         const char* button;
-        std::int32_t commandPort, dataPort;
+        std::int32_t commandPort;
     } cases[] = {
-        {"Via TWSI", 1800, 1801},
-        {"Std Bottle", 1700, 1701},
-        {"Local Host", 1700, 1701},
-        {"Local TWSI", 1800, 1801},
-    };
+        {"Via TWSI", 1800}, {"Std Bottle", 1700}, {"Local Host", 1700}, {"Local TWSI", 1800}};
     for (const auto& c : cases) {
-        NetworkSettings before = Net().Settings();
-        before.EnableNetworkIO = 0;
-        auto& cmd = before.endpoints[NetworkSettings::SonarCommand];
-        auto& data = before.endpoints[NetworkSettings::SonarData];
+        Net s = Hub().Settings();
+        s.EnableNetworkIO = 0;
+        auto& cmd = s.endpoints[Net::SonarCommand];
+        auto& data = s.endpoints[Net::SonarData];
         cmd.HostName = data.HostName = "elsewhere";
         cmd.XmitSize = cmd.RecvSize = data.RecvSize = 3000;
         data.XmitSize = 4321;
-        before.endpoints[NetworkSettings::TopsideCommand].XmitSize = 2222;
-        Net().ApplyNetworkSettings(before);
+        s.endpoints[Net::TopsideCommand].XmitSize = 2222;
+        Hub().ApplyNetworkSettings(s);
         cfg_->TimerPass();
 
-        Button(page_, c.button)->click();
-        const NetworkSettings after = Net().Settings();
-        const auto& cmdAfter = after.endpoints[NetworkSettings::SonarCommand];
-        const auto& dataAfter = after.endpoints[NetworkSettings::SonarData];
-        EXPECT_EQ(after.EnableNetworkIO, 1) << c.button;
-        EXPECT_EQ(cmdAfter.HostName, "127.0.0.1") << c.button;
-        EXPECT_EQ(dataAfter.HostName, "127.0.0.1") << c.button;
-        EXPECT_EQ(cmdAfter.Port, c.commandPort) << c.button;
-        EXPECT_EQ(dataAfter.Port, c.dataPort) << c.button;
-        EXPECT_EQ(cmdAfter.XmitSize, SetupTelemetry::kDefaultBuffer) << c.button;
-        EXPECT_EQ(cmdAfter.RecvSize, SetupTelemetry::kDefaultBuffer) << c.button;
-        EXPECT_EQ(dataAfter.RecvSize, SetupTelemetry::kDefaultBuffer) << c.button;
-        EXPECT_EQ(dataAfter.XmitSize, 4321) << c.button << ": the data link's own stays";
-        EXPECT_EQ(after.endpoints[NetworkSettings::TopsideCommand].XmitSize, 2222) << c.button;
+        test::Button(page_, c.button)->click();
+        // What the button makes of it; the rest, the data link's transmit buffer too, stays.
+        s.EnableNetworkIO = 1;
+        cmd.HostName = data.HostName = "127.0.0.1";
+        cmd.Port = c.commandPort;
+        data.Port = c.commandPort + 1;
+        cmd.XmitSize = cmd.RecvSize = data.RecvSize = SetupTelemetry::kDefaultBuffer;
+        EXPECT_EQ(Hub().Settings(), s) << c.button;
         // The page shows the new settings at once.
-        EXPECT_EQ(Edit("SonarData.Port")->text(), QString::number(c.dataPort)) << c.button;
-        EXPECT_TRUE(Find<QCheckBox>(page_, "EnableNetworkIO")->isChecked()) << c.button;
+        EXPECT_EQ(Edit("SonarData.Port")->text(), QString::number(data.Port)) << c.button;
+        EXPECT_TRUE(Box("EnableNetworkIO")->isChecked()) << c.button;
     }
 }
 
@@ -174,9 +140,8 @@ TEST_F(SetupTelemetryTest, SetTimeSendsOurTimeThenAQueryAndCheckTimeOnlyTheQuery
     system_->Hub().CommandBus().Attach(&log);
     const TimeValue now = system_->Clock().Now();
 
-    Button(page_, "Set Time")->click();
-    ASSERT_TRUE(test::PumpUntil([&] { return log.Count() >= 2; }, 3000));
-    auto seen = log.Take();
+    test::Button(page_, "Set Time")->click();
+    auto seen = log.Take(2);
     ASSERT_EQ(seen.size(), 2u);
     EXPECT_EQ(seen[0].type, MsgClock);
     EXPECT_EQ(seen[0].direction, 0);
@@ -189,9 +154,8 @@ TEST_F(SetupTelemetryTest, SetTimeSendsOurTimeThenAQueryAndCheckTimeOnlyTheQuery
     EXPECT_EQ(seen[1].direction, 1);
     EXPECT_TRUE(seen[1].payload.empty());
 
-    Button(page_, "Check Time")->click();
-    ASSERT_TRUE(test::PumpUntil([&] { return log.Count() >= 1; }, 3000));
-    seen = log.Take();
+    test::Button(page_, "Check Time")->click();
+    seen = log.Take(1);
     ASSERT_EQ(seen.size(), 1u);
     EXPECT_EQ(seen[0].direction, 1);
     // The sonar's clock is set, never this machine's.
@@ -200,31 +164,31 @@ TEST_F(SetupTelemetryTest, SetTimeSendsOurTimeThenAQueryAndCheckTimeOnlyTheQuery
 }
 
 TEST_F(SetupTelemetryTest, LatencyLinesFollowTheLinksOnlyWhileShown) {
-    Listener sonar;
-    ASSERT_GT(sonar.port, 0);
-    NetworkSettings s = Net().Settings();
+    test::RawPeer sonar;  // connections wait in its backlog
+    Net s = Hub().Settings();
     s.EnableNetworkIO = 1;
-    s.endpoints[NetworkSettings::SonarCommand].HostName = "127.0.0.1";
-    s.endpoints[NetworkSettings::SonarData].HostName = "127.0.0.1";
-    s.endpoints[NetworkSettings::SonarCommand].Port = sonar.port;
-    s.endpoints[NetworkSettings::SonarData].Port = sonar.port;
+    for (const int e : {Net::SonarCommand, Net::SonarData}) {
+        s.endpoints[e].HostName = "127.0.0.1";
+        s.endpoints[e].Port = sonar.port();
+    }
     cfg_->TimerPass();
     EXPECT_TRUE(page_->CountersText().isEmpty()) << "nothing is written while off";
 
-    Net().ApplyNetworkSettings(s);
+    Hub().ApplyNetworkSettings(s);
     ASSERT_TRUE(test::PumpUntil(
-        [&] { return Net().GetStatus()[0].IsConnected() && Net().GetStatus()[1].IsConnected(); },
+        [&] { return Hub().GetStatus()[0].IsConnected() && Hub().GetStatus()[1].IsConnected(); },
         5000));
     cfg_->TimerPass();
     EXPECT_TRUE(page_->CountersText().isEmpty()) << "the timer leaves the lines alone while off";
 
-    Find<QCheckBox>(page_, "ShowLatency")->setChecked(true);
+    Box("ShowLatency")->setChecked(true);
     cfg_->TimerPass();
     EXPECT_TRUE(page_->CountersText().startsWith("Cmd:(X="));
     // Both links connected once: odd connection counts.
     EXPECT_EQ(page_->CountersText().count("C=1 "), 2) << page_->CountersText().toStdString();
     EXPECT_TRUE(page_->LatencyText().startsWith("Time in ms :: Ping: "));
     EXPECT_TRUE(page_->LatencyText().contains(" SyncC: 0(0) SyncD: 0(0) Sync Error: 0(0 0) "));
+    EXPECT_TRUE(test::Screenshot(*cfg_, "page_setup_telemetry.png"));
 }
 
 }  // namespace

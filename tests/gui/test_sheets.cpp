@@ -1,14 +1,14 @@
-#include <gtest/gtest.h>
+// The sheets and their pages over a test page with a field of each kind: when an entry applies,
+// how it is held to range, what the sheet's timer does with its pages, and the wizard.
+
 #include <QEventLoop>
-#include <QLineEdit>
 #include <QTimer>
 #include <QVBoxLayout>
 #include <stdexcept>
 
 #include "GuiTestApp.h"
-#include "app/SystemCoordinator.h"
 #include "gui/sheets/CfgSheet.h"
-#include "gui/sheets/EnableTable.h"
+#include "gui/sheets/EnterKeyFilter.h"
 #include "gui/sheets/SettingsPage.h"
 #include "gui/sheets/SetupSheet.h"
 #include "gui/sheets/SetupWizard.h"
@@ -17,47 +17,70 @@
 namespace halvo {
 namespace {
 
-// A settings owner with one number, as a subsystem singleton holds it.
-struct Store {
-    std::int32_t value = 1;
-    int changes = 0;
+struct Record {
+    std::int32_t limited = 50;  // 0..100
+    std::uint32_t mask = 0;     // hexadecimal
+    std::int32_t anyValue = 3;  // minimum above maximum: no range
+    float gain = 1.5f;          // 0..10, 2 decimals
+    std::int32_t choice = 1;    // from kChoices
+    std::string name = "SB";    // up to 8 characters
 };
 
-// A page over Store that records when the timer visits it, and can be told to misbehave.
-class ProbePage : public SettingsPage<std::int32_t> {
+constexpr ListEntry kChoices[] = {{0, "Internal"}, {1, "External"}, {2, "Coupled"}, {0, nullptr}};
+
+// The owner of the record, as a subsystem singleton would be.
+struct RecordOwner {
+    Record record;
+    int changes = 0;
+    void Changed() { ++changes; }
+};
+
+// A page over the record that notes the timer's visits and can be told to misbehave in a tick.
+class TestPage : public SettingsPage<Record> {
   public:
-    ProbePage(SheetContext& ctx, QString caption, Store& store, std::vector<QString>* visits)
+    TestPage(SheetContext& ctx, QString caption, RecordOwner& owner,
+             std::vector<QString>* visits = nullptr)
         : SettingsPage(ctx, caption,
-                       {[&store] { return store.value; },
-                        [&store](const std::int32_t& v) {
-                            store.value = v;
-                            ++store.changes;
+                       {[&owner] { return owner.record; },
+                        [&owner](const Record& r) {
+                            owner.record = r;
+                            owner.Changed();
                         },
-                        [&store] { return store.changes; }}),
+                        [&owner] { return owner.changes; }}),
           visits_(visits) {
-        field = new QLineEdit(this);
-        (new QVBoxLayout(this))->addWidget(field);
+        auto* layout = new QVBoxLayout(this);
+        for (QLineEdit** e : {&limited, &mask, &anyValue, &gain, &name}) {
+            *e = new QLineEdit(this);
+            layout->addWidget(*e);
+            WatchEdit(*e);
+        }
+        choice = new QComboBox(this);
+        layout->addWidget(choice);
+        WatchCombo(choice);
     }
-    void Bind(FieldEditor& ed, int dir, std::int32_t& v) override { ed.Int(dir, field, v, 1, 0); }
+    void Bind(FieldEditor& ed, int dir, Record& r) override {
+        ed.Int(dir, limited, r.limited, 0, 100);
+        ed.UInt(dir, mask, r.mask, 0, 0xFFFFFFFFu, fieldtext::kHex);
+        ed.Int(dir, anyValue, r.anyValue, 10, 0);
+        ed.Float(dir, gain, r.gain, 0.0f, 10.0f, 2);
+        ed.List(dir, choice, r.choice, kChoices);
+        ed.Text(dir, name, r.name, 8);
+    }
     void BeforeTick() override {
         if (visits_ != nullptr) visits_->push_back(Caption());
     }
     void OnTick() override {
         ++ticks;
-        if (throwNext) {
-            throwNext = false;
-            throw std::runtime_error("page fault");
-        }
+        if (std::exchange(throwNext, false)) throw std::runtime_error("page fault");
         if (blockMs > 0) {
             // A modal box inside a tick: a nested event loop, here for a bounded time.
-            const int ms = blockMs;
-            blockMs = 0;
             QEventLoop loop;
-            QTimer::singleShot(ms, &loop, &QEventLoop::quit);
+            QTimer::singleShot(std::exchange(blockMs, 0), &loop, &QEventLoop::quit);
             loop.exec();
         }
     }
-    QLineEdit* field = nullptr;
+    QLineEdit *limited, *mask, *anyValue, *gain, *name;
+    QComboBox* choice;
     int ticks = 0;
     bool throwNext = false;
     int blockMs = 0;
@@ -66,26 +89,150 @@ class ProbePage : public SettingsPage<std::int32_t> {
     std::vector<QString>* visits_;
 };
 
+class FieldEditorTest : public ::testing::Test {
+  protected:
+    FieldEditorTest() {
+        auto* layout = new QVBoxLayout(&window_);
+        page_ = new TestPage(ctx_.context, "Test", owner_);
+        other_ = new QLineEdit(&window_);
+        layout->addWidget(page_);
+        layout->addWidget(other_);
+        window_.show();
+        window_.activateWindow();
+        EXPECT_TRUE(QTest::qWaitForWindowActive(&window_, 2000));
+        page_->Exchange(DoIOHandler::kShow);
+    }
+    // Replaces a field's text as the operator would, keeping the focus there.
+    void Type(QLineEdit* edit, const char* text) {
+        edit->setFocus();
+        test::PumpUntil([&] { return edit->hasFocus(); }, 1000);
+        edit->selectAll();
+        QTest::keyClicks(edit, text);
+    }
+    void Leave() {
+        other_->setFocus();
+        test::PumpUntil([&] { return other_->hasFocus(); }, 1000);
+    }
+    void Enter(QLineEdit* edit) { QTest::keyClick(edit, Qt::Key_Return); }
+
+    test::PageContext ctx_;
+    RecordOwner owner_;
+    QWidget window_;
+    TestPage* page_ = nullptr;
+    QLineEdit* other_ = nullptr;
+};
+
+TEST_F(FieldEditorTest, TypingAppliesOnlyWhenTheFieldIsLeftOrEnterIsPressed) {
+    EnterKeyFilter filter(ctx_.coordinator);
+    QApplication::instance()->installEventFilter(&filter);
+
+    Type(page_->limited, "42");
+    for (int i = 0; i < 3; ++i) page_->Tick();
+    EXPECT_EQ(owner_.record.limited, 50) << "a half-typed number must not reach the settings";
+    Leave();
+    EXPECT_EQ(owner_.record.limited, 42);
+
+    Type(page_->limited, "77");
+    page_->Tick();
+    EXPECT_EQ(owner_.record.limited, 42);
+    Enter(page_->limited);
+    EXPECT_EQ(owner_.record.limited, 77);
+    EXPECT_EQ(ctx_.coordinator.EnterFlag(), 0) << "the field takes the flag";
+
+    // Without the key watch no Enter flag is raised, and Enter alone applies nothing.
+    QApplication::instance()->removeEventFilter(&filter);
+    Type(page_->limited, "12");
+    Enter(page_->limited);
+    EXPECT_EQ(owner_.record.limited, 77);
+    Leave();
+    EXPECT_EQ(owner_.record.limited, 12);
+}
+
+TEST_F(FieldEditorTest, HeldAndRefusedEntriesShowTheStoredValueAtOnce) {
+    const struct {
+        QLineEdit* field;
+        const char* typed;
+        const char* shown;
+    } cases[] = {
+        {page_->limited, "5000", "100"},
+        {page_->limited, "abc", "100"},       // refused
+        {page_->anyValue, "-5000", "-5000"},  // minimum above maximum: no range at all
+        {page_->gain, "12.345", "10.00"},
+        {page_->name, "ABCDEFGHIJ", "ABCDEFGH"},
+        // Hexadecimal is parsed twice and the second parse wins.
+        {page_->mask, "1F", "1"},
+        {page_->mask, "FF", "ff"},
+        {page_->mask, "10", "a"},
+        {page_->mask, "ff00", "ff00"},
+    };
+    for (const auto& c : cases) {
+        Type(c.field, c.typed);
+        Leave();
+        EXPECT_EQ(c.field->text(), c.shown) << c.typed;
+    }
+    EXPECT_EQ(owner_.record.limited, 100);
+    EXPECT_EQ(owner_.record.anyValue, -5000);
+    EXPECT_FLOAT_EQ(owner_.record.gain, 10.0f);
+    EXPECT_EQ(owner_.record.name, "ABCDEFGH");
+    EXPECT_EQ(owner_.record.mask, 0xff00u);
+}
+
+TEST_F(FieldEditorTest, ListsNameValuesTheTableLacksAndApplyAChoice) {
+    EXPECT_EQ(page_->choice->currentText(), "External");
+    owner_.record.choice = 7;
+    owner_.Changed();
+    page_->Tick();
+    EXPECT_EQ(page_->choice->currentText(), "<Unknown 7>");
+    EXPECT_EQ(page_->choice->count(), 4);
+
+    page_->choice->setFocus();
+    QTest::keyClick(page_->choice, Qt::Key_Home);  // the first entry, chosen by the operator
+    EXPECT_EQ(owner_.record.choice, 0);
+    EXPECT_EQ(page_->choice->count(), 3) << "the unknown entry goes once the value is known";
+}
+
+TEST_F(FieldEditorTest, EnableBitsReachEveryRegisteredControl) {
+    EnableTable& enables = ctx_.enables;
+    enables.Register(page_->limited, 0x1);
+    enables.Register(page_->gain, 0x6);
+    EXPECT_FALSE(page_->limited->isEnabled());
+    enables.SetBit(2, true);
+    EXPECT_FALSE(page_->limited->isEnabled());
+    EXPECT_TRUE(page_->gain->isEnabled());
+    enables.SetBits(0x1);
+    EXPECT_TRUE(page_->limited->isEnabled());
+    EXPECT_FALSE(page_->gain->isEnabled());
+    enables.SetBit(64, true);  // no such bit: nothing happens
+    EXPECT_EQ(enables.Bits(), 0x1u);
+}
+
 class SheetTest : public ::testing::Test {
   protected:
-    SheetTest() : context_{coordinator_, operator_, enables_} {}
-
     // Runs the real 300 ms timer until it has fired n more times.
     void Firings(PageSheet& sheet, int n) {
         const int target = sheet.Firings() + n;
         ASSERT_TRUE(test::PumpUntil([&] { return sheet.Firings() >= target; }, 400 * n + 1000));
     }
+    TestPage* Page(const char* caption) { return new TestPage(ctx_.context, caption, owner_); }
+    // A page in the control sheet and one in the advanced sheet, both shown.
+    void TwoSheets() {
+        a_ = Page("A");
+        b_ = Page("B");
+        cfg_.AddPage(a_, CfgSheet::CfgStorage);
+        setup_.AddPage(b_);
+        cfg_.show();
+        setup_.show();
+    }
 
-    QApplication& app_ = test::GuiApp();
-    SystemCoordinator coordinator_;
-    test::ScriptedOperator operator_;
-    EnableTable enables_;
-    SheetContext context_;
-    Store store_;
+    test::PageContext ctx_;
+    std::vector<test::ScriptedOperator::Box>& boxes_ = ctx_.prompts.boxes;
+    RecordOwner owner_;
+    CfgSheet cfg_{ctx_.context};
+    SetupSheet setup_{ctx_.context};
+    TestPage *a_ = nullptr, *b_ = nullptr;
 };
 
 TEST_F(SheetTest, PagesTakeTheirDesignedPlaceAndTheTimerVisitsSonarsFirst) {
-    CfgSheet sheet(context_);
     std::vector<QString> visits;
     const std::pair<const char*, CfgSheet::Slot> pages[] = {
         {"Nav", CfgSheet::SetupNav},    {"D0", CfgSheet::CfgDisplay},
@@ -94,112 +241,93 @@ TEST_F(SheetTest, PagesTakeTheirDesignedPlaceAndTheTimerVisitsSonarsFirst) {
         {"R90", CfgSheet::CfgSonarR90}, {"D1", CfgSheet::CfgDisplay},
     };
     for (const auto& [caption, slot] : pages) {
-        sheet.AddPage(new ProbePage(context_, caption, store_, &visits), slot);
+        cfg_.AddPage(new TestPage(ctx_.context, caption, owner_, &visits), slot);
     }
-    sheet.AddPage(new SetupWizard(context_, sheet), CfgSheet::SetupWizard);
-    EXPECT_EQ(sheet.windowTitle(), "Status And Control");
+    cfg_.AddPage(new SetupWizard(ctx_.context, cfg_), CfgSheet::SetupWizard);
+    EXPECT_EQ(cfg_.windowTitle(), "Status And Control");
 
     QStringList tabs;
-    for (int i = 0; i < sheet.PageCount(); ++i) tabs << sheet.PageAt(i)->Caption();
+    for (int i = 0; i < cfg_.PageCount(); ++i) tabs << cfg_.PageAt(i)->Caption();
     EXPECT_EQ(tabs.join(","), "Wizard,Disk,R90,SB,SSL,D0,D1,Nav,Ext");
-    EXPECT_EQ(sheet.FindPage("SSL"), sheet.PageAt(4));
-    EXPECT_EQ(sheet.FindPage("SSH"), nullptr);
+    EXPECT_EQ(cfg_.FindPage("SSL"), cfg_.PageAt(4));
+    EXPECT_EQ(cfg_.FindPage("SSH"), nullptr);
 
-    sheet.TimerPass();
-    QStringList order;
-    for (const QString& v : visits) order << v;
-    EXPECT_EQ(order.join(","), "SB,SSL,R90,D0,D1,Disk,Nav,Ext");
+    cfg_.TimerPass();
+    EXPECT_EQ(QStringList(visits.begin(), visits.end()).join(","), "SB,SSL,R90,D0,D1,Disk,Nav,Ext");
 }
 
 TEST_F(SheetTest, AChangeElsewhereShowsInAVisiblePageAtOnceAndInAHiddenOneWhenShown) {
-    CfgSheet sheet(context_);
-    auto* shown = new ProbePage(context_, "A", store_, nullptr);
-    auto* hidden = new ProbePage(context_, "B", store_, nullptr);
-    sheet.AddPage(shown, CfgSheet::CfgStorage);
-    sheet.AddPage(hidden, CfgSheet::SetupNav);
-    sheet.show();
-    ASSERT_TRUE(sheet.ShowPage(hidden));
-    Firings(sheet, 1);
-    EXPECT_EQ(hidden->field->text(), "1");
-    ASSERT_TRUE(sheet.ShowPage(shown));
-    Firings(sheet, 1);
-    EXPECT_EQ(shown->field->text(), "1");
+    TestPage *shown = Page("A"), *hidden = Page("B");
+    cfg_.AddPage(shown, CfgSheet::CfgStorage);
+    cfg_.AddPage(hidden, CfgSheet::SetupNav);
+    cfg_.show();
+    ASSERT_TRUE(cfg_.ShowPage(hidden));
+    Firings(cfg_, 1);
+    EXPECT_EQ(hidden->limited->text(), "50");
+    ASSERT_TRUE(cfg_.ShowPage(shown));
+    Firings(cfg_, 1);
+    EXPECT_EQ(shown->limited->text(), "50");
     const int hiddenTicks = hidden->ticks;
 
-    store_.value = 42;
-    ++store_.changes;
-    Firings(sheet, 1);
-    EXPECT_EQ(shown->field->text(), "42") << "within one timer period";
-    EXPECT_EQ(hidden->field->text(), "1");
+    owner_.record.limited = 42;
+    owner_.Changed();
+    Firings(cfg_, 1);
+    EXPECT_EQ(shown->limited->text(), "42") << "within one timer period";
+    EXPECT_EQ(hidden->limited->text(), "50");
     EXPECT_EQ(hidden->ticks, hiddenTicks) << "a hidden page costs one call and does no work";
 
-    ASSERT_TRUE(sheet.ShowPage(hidden));
-    Firings(sheet, 1);
-    EXPECT_EQ(hidden->field->text(), "42");
+    ASSERT_TRUE(cfg_.ShowPage(hidden));
+    Firings(cfg_, 1);
+    EXPECT_EQ(hidden->limited->text(), "42");
 }
 
 TEST_F(SheetTest, AModalBoxInsideATickHoldsLaterFiringsOff) {
     // Qt never re-enters one timer, so the guard shows on the other timers that share the
     // application's count: here the advanced sheet's, while a box is up in the control sheet.
-    CfgSheet cfg(context_);
-    SetupSheet setup(context_);
-    auto* boxed = new ProbePage(context_, "A", store_, nullptr);
-    auto* other = new ProbePage(context_, "B", store_, nullptr);
-    cfg.AddPage(boxed, CfgSheet::CfgStorage);
-    setup.AddPage(other);
-    cfg.show();
-    setup.show();
-    Firings(cfg, 1);
-    boxed->blockMs = 1000;
-    const int otherTicks = other->ticks;
-    const int otherFirings = setup.Firings();
-    Firings(cfg, 1);  // returns once the box has closed
-    EXPECT_GE(setup.Firings(), otherFirings + 2) << "the timers kept firing while the box was up";
-    EXPECT_LE(other->ticks, otherTicks + 1) << "but those firings ran no page";
-    EXPECT_EQ(coordinator_.DisplayTimerDepth(), 0);
-    const int boxedTicks = boxed->ticks;
-    Firings(cfg, 1);
-    Firings(setup, 1);
-    EXPECT_GT(boxed->ticks, boxedTicks);
-    EXPECT_GT(other->ticks, otherTicks + 1);
+    TwoSheets();
+    Firings(cfg_, 1);
+    a_->blockMs = 1000;
+    const int otherTicks = b_->ticks;
+    const int otherFirings = setup_.Firings();
+    Firings(cfg_, 1);  // returns once the box has closed
+    EXPECT_GE(setup_.Firings(), otherFirings + 2) << "the timers kept firing while the box was up";
+    EXPECT_LE(b_->ticks, otherTicks + 1) << "but those firings ran no page";
+    EXPECT_EQ(ctx_.coordinator.DisplayTimerDepth(), 0);
+    const int boxedTicks = a_->ticks;
+    Firings(cfg_, 1);
+    Firings(setup_, 1);
+    EXPECT_GT(a_->ticks, boxedTicks);
+    EXPECT_GT(b_->ticks, otherTicks + 1);
 }
 
 TEST_F(SheetTest, AnExceptionInATickIsReportedAndTheTimerGoesOn) {
-    CfgSheet cfg(context_);
-    SetupSheet setup(context_);
-    auto* a = new ProbePage(context_, "A", store_, nullptr);
-    auto* b = new ProbePage(context_, "B", store_, nullptr);
-    cfg.AddPage(a, CfgSheet::CfgStorage);
-    setup.AddPage(b);
-    cfg.show();
-    setup.show();
-    a->throwNext = true;
-    b->throwNext = true;
-    cfg.TimerPass();
-    setup.TimerPass();
-    ASSERT_EQ(operator_.boxes.size(), 2u);
-    EXPECT_EQ(operator_.boxes[0].title, "Timer Exception");
-    EXPECT_EQ(operator_.boxes[0].text, "Windows Exception In On Timer Cfg Sheet");
-    EXPECT_EQ(operator_.boxes[1].text, "Windows Exception In On Timer Setup Sheet");
-    EXPECT_EQ(coordinator_.DisplayTimerDepth(), 0);
-    Firings(cfg, 1);
-    EXPECT_EQ(a->ticks, 2);
+    TwoSheets();
+    a_->throwNext = b_->throwNext = true;
+    cfg_.TimerPass();
+    setup_.TimerPass();
+    ASSERT_EQ(boxes_.size(), 2u);
+    EXPECT_EQ(boxes_[0].title, "Timer Exception");
+    EXPECT_EQ(boxes_[0].text, "Windows Exception In On Timer Cfg Sheet");
+    EXPECT_EQ(boxes_[1].text, "Windows Exception In On Timer Setup Sheet");
+    EXPECT_EQ(ctx_.coordinator.DisplayTimerDepth(), 0);
+    Firings(cfg_, 1);
+    EXPECT_EQ(a_->ticks, 2);
 }
 
 // The pages the wizard drives, standing in for the sonar, display and disk pages.
-struct SonarProbe : ProbePage, WizardSonarTarget {
-    using ProbePage::ProbePage;
+struct SonarProbe : TestPage, WizardSonarTarget {
+    using TestPage::TestPage;
     void SetupRawDataCollection() override { ++rawSetups; }
     int FirstDisplayChannel() const override { return 4; }
     int rawSetups = 0;
 };
-struct DisplayProbe : ProbePage, WizardDisplayTarget {
-    using ProbePage::ProbePage;
+struct DisplayProbe : TestPage, WizardDisplayTarget {
+    using TestPage::TestPage;
     void ShowChannel(int c) override { channel = c; }
     int channel = -1;
 };
-struct DiskProbe : ProbePage, WizardDiskTarget {
-    using ProbePage::ProbePage;
+struct DiskProbe : TestPage, WizardDiskTarget {
+    using TestPage::TestPage;
     void StartRecording(const std::string& d, const std::string& f) override {
         where = d + "|" + f;
     }
@@ -207,48 +335,47 @@ struct DiskProbe : ProbePage, WizardDiskTarget {
 };
 
 TEST_F(SheetTest, WizardCollectsRawDataThroughThePagesItFinds) {
-    CfgSheet sheet(context_);
-    auto* wizard = new SetupWizard(context_, sheet);
-    sheet.AddPage(wizard, CfgSheet::SetupWizard);
+    auto* wizard = new SetupWizard(ctx_.context, cfg_);
+    cfg_.AddPage(wizard, CfgSheet::SetupWizard);
 
-    operator_.answer = false;
+    ctx_.prompts.answer = false;
     wizard->CollectRawData("Subbottom", "SB", true);
-    ASSERT_EQ(operator_.boxes.size(), 1u) << "No stops after the question";
-    EXPECT_EQ(operator_.boxes[0].text,
+    ASSERT_EQ(boxes_.size(), 1u) << "No stops after the question";
+    EXPECT_EQ(boxes_[0].text,
               "Do you want to collect a Subbottom raw data file for diagnostic purposes?");
 
-    operator_.answer = true;
-    operator_.boxes.clear();
+    ctx_.prompts.answer = true;
+    boxes_.clear();
     wizard->CollectRawData("Subbottom", "SB", true);
-    ASSERT_EQ(operator_.boxes.size(), 2u);
-    EXPECT_EQ(operator_.boxes[1].title, "Wizard Failed");
-    EXPECT_EQ(operator_.boxes[1].text, "I dont see a subbottom configured.  Giving up");
+    ASSERT_EQ(boxes_.size(), 2u);
+    EXPECT_EQ(boxes_[1].title, "Wizard Failed");
+    EXPECT_EQ(boxes_[1].text, "I dont see a subbottom configured.  Giving up");
 
-    auto* ssl = new SonarProbe(context_, "SSL", store_, nullptr);
-    sheet.AddPage(ssl, CfgSheet::CfgSonar);
-    operator_.boxes.clear();
+    auto* ssl = new SonarProbe(ctx_.context, "SSL", owner_);
+    cfg_.AddPage(ssl, CfgSheet::CfgSonar);
+    boxes_.clear();
     wizard->CollectRawData("SSL", "SSL", false);
     EXPECT_EQ(ssl->rawSetups, 1);
-    EXPECT_EQ(operator_.boxes.back().text, "I cannot find display 0.  Giving up");
+    EXPECT_EQ(boxes_.back().text, "I cannot find display 0.  Giving up");
 
-    auto* d0 = new DisplayProbe(context_, "D0", store_, nullptr);
-    auto* disk = new DiskProbe(context_, "Disk", store_, nullptr);
-    sheet.AddPage(d0, CfgSheet::CfgDisplay);
-    sheet.AddPage(disk, CfgSheet::CfgStorage);
-    operator_.boxes.clear();
+    auto* d0 = new DisplayProbe(ctx_.context, "D0", owner_);
+    auto* disk = new DiskProbe(ctx_.context, "Disk", owner_);
+    cfg_.AddPage(d0, CfgSheet::CfgDisplay);
+    cfg_.AddPage(disk, CfgSheet::CfgStorage);
+    boxes_.clear();
     wizard->CollectRawData("SSL", "SSL", false);
     EXPECT_EQ(d0->channel, 4);
     EXPECT_EQ(disk->where, ".|DiagData_");
-    ASSERT_EQ(operator_.boxes.size(), 4u);
-    EXPECT_EQ(operator_.boxes[1].title, "Wizard Info");
-    EXPECT_EQ(operator_.boxes[3].text,
+    ASSERT_EQ(boxes_.size(), 4u);
+    EXPECT_EQ(boxes_[1].title, "Wizard Info");
+    EXPECT_EQ(boxes_[3].text,
               "I am setting the Disk to record data in DiagData_xxx.hsf. Please press the STOP "
               "button when enough data has been collected.");
 
-    operator_.boxes.clear();
+    boxes_.clear();
     wizard->ShowConnectionHelp();
-    EXPECT_EQ(operator_.boxes.at(0).title, "Sonar Connection Info");
-    EXPECT_NE(operator_.boxes[0].text.find("NET"), std::string::npos);
+    EXPECT_EQ(boxes_.at(0).title, "Sonar Connection Info");
+    EXPECT_NE(boxes_[0].text.find("NET"), std::string::npos);
 }
 
 }  // namespace

@@ -2,28 +2,20 @@
 // scrolls into the waterfall, and the newest columns on screen are the pixels `halvo-hsf render`
 // draws for the same lines with the same settings. Screenshots go under the build folder.
 
-#include <gtest/gtest.h>
 #include <sys/wait.h>
 
-#include <QDir>
 #include <QImage>
-#include <QMdiSubWindow>
-#include <QScrollBar>
-#include <cstdio>
 #include <filesystem>
 #include <fstream>
 
 #include "GuiTestApp.h"
 #include "app/Housekeeping.h"
-#include "app/SystemCoordinator.h"
 #include "app/TempWorkDir.h"
 #include "gui/sheets/CfgSheet.h"
-#include "gui/sheets/EnableTable.h"
 #include "gui/shell/CMainFrame.h"
 #include "gui/views/CChildFrameWaterfall.h"
 #include "gui/views/CSplitterWndSonar.h"
 #include "gui/views/CWaterfallView.h"
-#include "gui/views/CfgDisplay.h"
 #include "gui/views/DisplayWindows.h"
 #include "halvo-sim/SimClock.h"
 #include "halvo-sim/SimSonarState.h"
@@ -71,7 +63,6 @@ class WaterfallPlayback : public test::TempWorkDir {};
 
 TEST_F(WaterfallPlayback, PlayedFileScrollsAsTheFileToolDrawsIt) {
     test::GuiApp();
-    QDir().mkpath(QString::fromStdString(test::ScreenshotPath("")));
     const std::string dir = std::filesystem::current_path().string();
     WriteSurvey(dir + "/survey.hsf");
     {
@@ -121,8 +112,7 @@ TEST_F(WaterfallPlayback, PlayedFileScrollsAsTheFileToolDrawsIt) {
         [&] {
             system.DrainDisplays();
             if (shotsTaken == 0 && lines() >= kLines / 2) {
-                frame.grab().save(
-                    QString::fromStdString(test::ScreenshotPath("waterfall-half.png")));
+                test::Screenshot(frame, "waterfall-half.png");
                 ++shotsTaken;
             }
             return lines() >= kLines;

@@ -2,20 +2,13 @@
 // arrives by the 0x40A notice becomes the plot's column in the ring, the redraw obeys the
 // display timer's guard, the frame's pane sizes, the scope's gestures and the display pages.
 
-#include <gtest/gtest.h>
-
 #include <QCheckBox>
-#include <QComboBox>
-#include <QLineEdit>
-#include <QTest>
 
 #include "GuiTestApp.h"
 #include "app/GeneralSettings.h"
-#include "app/SystemCoordinator.h"
 #include "display/DisplayProcessingSet.h"
 #include "display/SonarDataCacheElement.h"
 #include "display/WaterfallColumn.h"
-#include "gui/sheets/EnableTable.h"
 #include "gui/views/CChildFrameWaterfall.h"
 #include "gui/views/CWaterfallDoc.h"
 #include "gui/views/CWaterfallView.h"
