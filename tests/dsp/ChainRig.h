@@ -2,8 +2,6 @@
 // A whole display chain on real parts (settings, record set, queue, output, processor) with a
 // fake sleep, and a builder of trace messages with chosen samples.
 
-#include <cstdint>
-#include <cstring>
 #include <functional>
 #include <memory>
 #include <vector>
@@ -53,6 +51,8 @@ inline SonarMessage MakeTrace(const TraceBuild& b, const std::vector<std::int16_
     return m;
 }
 
+using Lines = std::vector<std::unique_ptr<SonarDataCacheElement>>;
+
 class ChainRig {
   public:
     explicit ChainRig(std::vector<FixedSonarChannelMap::Sonar> sonars = {})
@@ -68,15 +68,13 @@ class ChainRig {
                    const std::function<void(DisplayProcessingConfig&)>& change = {}) {
         while (set.DisplaysInUse() <= display) set.UseDisplay();
         auto r = set.Lock(display);
-        r->Gain = 0;
-        r->TVGLimit = 60;
-        r->Channel = channel;
+        r->Gain = 0, r->TVGLimit = 60, r->Channel = channel;
         if (change) change(*r);
         r.Bump();
     }
 
-    std::vector<std::unique_ptr<SonarDataCacheElement>> Lines() {
-        std::vector<std::unique_ptr<SonarDataCacheElement>> out;
+    Lines TakeLines() {
+        Lines out;
         DisplayQueueEntry e;
         while (set.Queue().Take(e)) out.push_back(std::move(e.element));
         return out;
@@ -85,16 +83,21 @@ class ChainRig {
     void Deliver(SonarMessage& m, int source = SourcePlayback) {
         processor.DeliverMessage(&m, source, 0);
     }
+    // Builds a trace, delivers it and returns the lines it made.
+    Lines Send(const TraceBuild& b, const std::vector<std::int16_t>& v,
+               int source = SourcePlayback) {
+        SonarMessage m = MakeTrace(b, v);
+        Deliver(m, source);
+        return TakeLines();
+    }
 
     SystemCoordinator coordinator;
     GeneralSettings general{coordinator};
     DisplayProcessingSet set{coordinator, general};
     bool playback = false;
-    int sleptMs = 0;
     std::function<void()> onSleep;
     DisplayLineOutput output{set.Queue(), [this] { return playback; }, coordinator.Running(),
-                             [this](int ms) {
-                                 sleptMs += ms;
+                             [this](int) {
                                  if (onSleep) onSleep();
                              }};
 

@@ -14,6 +14,7 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
@@ -52,12 +53,9 @@ std::vector<std::int16_t> Ping(int ping, int bottom, bool complex, bool signedWa
 }
 
 std::string Hex(const std::vector<std::uint8_t>& b) {
+    static const char digits[] = "0123456789abcdef";
     std::string s;
-    char buf[3];
-    for (std::uint8_t x : b) {
-        std::snprintf(buf, sizeof buf, "%02x", x);
-        s += buf;
-    }
+    for (std::uint8_t x : b) s += {digits[x >> 4], digits[x & 15]};
     return s;
 }
 
@@ -73,59 +71,49 @@ std::vector<std::string> RunChain() {
     ChainRig rig;
     // Display 0: envelope, every stage on, heave from the smoothed bottom.
     rig.Configure(0, 0, [](DisplayProcessingConfig& r) {
-        r.Gain = 6;
-        r.TVG = 3000;
-        r.TVGLimit = 20;
-        r.TVGStart = 290;
-        r.TrackRange = 40;
-        r.TrackThreshold = 40;
-        r.Holdoff = 100;
-        r.HeaveSource = 1;
-        r.HeaveTimeConst = 3;
-        r.DCFilter = 15;
-        r.MedianFilter = 5;
-        r.DirectPathEnable = 1;
-        r.DirectPath0 = 5;
-        r.DirectPathn = 40;
-        r.DirectPathTraces = 4;
-        r.RCTimeConst = 2;
-        r.ReflectionCoefDBGain = 3;
+        r.Gain = 6, r.TVG = 3000, r.TVGLimit = 20, r.TVGStart = 290, r.TrackRange = 40,
+        r.TrackThreshold = 40, r.Holdoff = 100, r.HeaveSource = 1, r.HeaveTimeConst = 3,
+        r.DCFilter = 15, r.MedianFilter = 5, r.DirectPathEnable = 1, r.DirectPath0 = 5,
+        r.DirectPathn = 40, r.DirectPathTraces = 4, r.RCTimeConst = 2, r.ReflectionCoefDBGain = 3;
     });
     // Display 1: analytic pair side by side, with the side gain and header heave.
     rig.Configure(1, 2, [](DisplayProcessingConfig& r) {
-        r.DualChannel = 1;
-        r.SSGain = 6;
-        r.RefGain0 = 6;
-        r.HeaveSource = 2;
-        r.MedianFilter = 3;
+        r.DualChannel = 1, r.SSGain = 6, r.RefGain0 = 6, r.HeaveSource = 2, r.MedianFilter = 3;
     });
     // Display 2: RAW, negative half-cycles at zero, falling TVG.
     rig.Configure(2, 4, [](DisplayProcessingConfig& r) {
-        r.ClampAtZero = 1;
-        r.DCFilter = 9;
-        r.TVG = -200;
-        r.TVGStart = 100;
-        r.TrackEnabled = 0;
+        r.ClampAtZero = 1, r.DCFilter = 9, r.TVG = -200, r.TVGStart = 100, r.TrackEnabled = 0;
     });
     std::vector<std::string> out;
+    auto send = [&](const TraceBuild& b, const std::vector<std::int16_t>& v) {
+        for (const auto& e : rig.Send(b, v)) out.push_back(Describe(*e));
+    };
     for (int ping = 1; ping <= 6; ++ping) {
-        const int bottom = ping <= 3 ? 300 : 310;
-        TraceBuild b;
-        b.ping = ping;
-        b.heave = ping - 3;
-        SonarMessage env = MakeTrace(b, Ping(ping, bottom, false, false));
-        b.format = 1;
-        b.channel = 2;
-        SonarMessage left = MakeTrace(b, Ping(ping, bottom, true, false));
-        b.channel = 3;
-        SonarMessage right = MakeTrace(b, Ping(ping + 50, bottom + 20, true, false));
-        b.format = 2;
-        b.channel = 4;
-        SonarMessage raw = MakeTrace(b, Ping(ping, bottom, false, true));
-        for (SonarMessage* m : {&env, &left, &right, &raw}) rig.Deliver(*m);
-        for (const auto& e : rig.Lines()) out.push_back(Describe(*e));
+        const int bottom = ping <= 3 ? 300 : 310, heave = ping - 3;
+        send({.ping = ping, .heave = heave}, Ping(ping, bottom, false, false));
+        send({.format = 1, .ping = ping, .channel = 2, .heave = heave},
+             Ping(ping, bottom, true, false));
+        send({.format = 1, .ping = ping, .channel = 3, .heave = heave},
+             Ping(ping + 50, bottom + 20, true, false));
+        send({.format = 2, .ping = ping, .channel = 4, .heave = heave},
+             Ping(ping, bottom, false, true));
     }
     return out;
+}
+
+// A stored line: display, ping, size, dual, bottom and heave; reflection and gain; both lines.
+struct Fields {
+    std::array<int, 6> ints;
+    double reflection, gain;
+    std::string hex[2];
+};
+
+Fields Parse(const std::string& line) {
+    std::istringstream in(line);
+    Fields f;
+    for (int& x : f.ints) in >> x;
+    in >> f.reflection >> f.gain >> f.hex[0] >> f.hex[1];
+    return f;
 }
 
 TEST(ChainVectors, MatchTheStoredLines) {
@@ -143,23 +131,17 @@ TEST(ChainVectors, MatchTheStoredLines) {
     for (std::string l; std::getline(f, l);) want.push_back(l);
     ASSERT_EQ(want.size(), got.size());
     for (std::size_t i = 0; i < got.size(); ++i) {
-        std::istringstream a(got[i]), b(want[i]);
-        int ia[6], ib[6];
-        double fa[2], fb[2];
-        std::string pa[2], pb[2];
-        for (int k = 0; k < 6; ++k) a >> ia[k], b >> ib[k];
-        for (int k = 0; k < 2; ++k) a >> fa[k], b >> fb[k];
-        for (int k = 0; k < 2; ++k) a >> pa[k], b >> pb[k];
-        for (int k = 0; k < 6; ++k) EXPECT_EQ(ia[k], ib[k]) << "line " << i << " field " << k;
-        EXPECT_NEAR(fa[0], fb[0], 1e-3) << "reflection, line " << i;
-        EXPECT_NEAR(fa[1], fb[1], 1e-5 * std::fabs(fb[1])) << "gain, line " << i;
+        SCOPED_TRACE(testing::Message() << "line " << i);
+        const Fields a = Parse(got[i]), b = Parse(want[i]);
+        EXPECT_EQ(a.ints, b.ints);
+        EXPECT_NEAR(a.reflection, b.reflection, 1e-3);
+        EXPECT_NEAR(a.gain, b.gain, 1e-5 * std::fabs(b.gain));
         for (int k = 0; k < 2; ++k) {
-            ASSERT_EQ(pa[k].size(), pb[k].size()) << "line " << i;
-            for (std::size_t j = 0; j + 1 < pa[k].size(); j += 2) {
-                const long x = std::strtol(pa[k].substr(j, 2).c_str(), nullptr, 16);
-                const long y = std::strtol(pb[k].substr(j, 2).c_str(), nullptr, 16);
-                ASSERT_LE(std::labs(x - y), 1)
-                    << "line " << i << (k ? " raw" : " pixels") << " byte " << j / 2;
+            ASSERT_EQ(a.hex[k].size(), b.hex[k].size());
+            for (std::size_t j = 0; j + 1 < a.hex[k].size(); j += 2) {
+                const long x = std::strtol(a.hex[k].substr(j, 2).c_str(), nullptr, 16);
+                const long y = std::strtol(b.hex[k].substr(j, 2).c_str(), nullptr, 16);
+                ASSERT_LE(std::labs(x - y), 1) << (k ? "raw" : "pixels") << " byte " << j / 2;
             }
         }
     }

@@ -1,23 +1,31 @@
 // The line procedure on whole traces: tracking, heave, reflection, dual layout, dispatch, summed
-// channels, auto gain, ping selection, sound speed and the playback wait.
+// channels, auto gain, ping selection, sound speed, the playback wait and the multi-pulse
+// equaliser.
 
 #include <gtest/gtest.h>
+
+#include <tuple>
 
 #include <algorithm>
 #include <cmath>
 
 #include "ChainRig.h"
+#include "dsp/MultiPulseEqualiser.h"
 #include "dsp/SummedChannelAccumulator.h"
 #include "platform/FakeTickSource.h"
 
 namespace halvo::test {
 namespace {
 
-// 64 envelope samples, full scale from `step` on.
+// Envelope samples, full scale from `step` on.
 std::vector<std::int16_t> Step(int step, int n = 64) {
     std::vector<std::int16_t> v(static_cast<std::size_t>(n), 0);
     for (int i = std::max(step, 0); i < n; ++i) v[static_cast<std::size_t>(i)] = 32767;
     return v;
+}
+
+int FirstLit(const SonarDataCacheElement& e) {
+    return static_cast<int>(std::find(e.pixels.begin(), e.pixels.end(), 255) - e.pixels.begin());
 }
 
 TEST(ChannelProcessor, TrackerHonoursWindowThresholdAndHoldoff) {
@@ -36,96 +44,67 @@ TEST(ChannelProcessor, TrackerHonoursWindowThresholdAndHoldoff) {
         {"a range of 2 samples is off", 0, 2, 24, 25},
     };
     for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
         ChainRig rig;
         rig.Configure(0, 0, [&](DisplayProcessingConfig& r) {
-            r.TVGStart = 25;
-            r.TrackRange = c.range;
-            r.TrackThreshold = 50;
-            r.Holdoff = c.holdoff;
+            r.TVGStart = 25, r.TrackRange = c.range, r.TrackThreshold = 50, r.Holdoff = c.holdoff;
         });
         const int revision = rig.set.Lock(0)->revision;
-        SonarMessage m = MakeTrace({}, Step(c.step));
-        rig.Deliver(m);
-        auto lines = rig.Lines();
-        ASSERT_EQ(lines.size(), 1u) << c.what;
-        EXPECT_EQ(rig.set.Lock(0)->TVGStart, c.expect) << c.what;
-        EXPECT_EQ(lines[0]->bottomSample, static_cast<int>(c.expect)) << c.what;
+        auto lines = rig.Send({}, Step(c.step));
+        ASSERT_EQ(lines.size(), 1u);
+        EXPECT_EQ(rig.set.Lock(0)->TVGStart, c.expect);
+        EXPECT_EQ(lines[0]->bottomSample, static_cast<int>(c.expect));
         // The tracker writes without a bump (the traces' rate is the record's 25 kHz already).
-        EXPECT_EQ(rig.set.Lock(0)->revision, revision) << c.what;
+        EXPECT_EQ(rig.set.Lock(0)->revision, revision);
     }
 }
 
 TEST(ChannelProcessor, HeaveFromHeaderShiftsBothLines) {
-    struct {
-        int heave;
-        int at;
-    } cases[] = {{3, 8}, {-2, 3}, {0, 5}, {16, 5}, {-16, 5}, {15, 20}};
-    for (const auto& c : cases) {
+    const std::pair<int, int> cases[] = {{3, 8}, {-2, 3}, {0, 5}, {16, 5}, {-16, 5}, {15, 20}};
+    for (const auto& [heave, at] : cases) {
+        SCOPED_TRACE(heave);
         ChainRig rig;
         rig.Configure(0, 0, [](DisplayProcessingConfig& r) { r.HeaveSource = 2; });
         std::vector<std::int16_t> v(16, 0);
         v[5] = 32767;
-        TraceBuild b;
-        b.heave = c.heave;
-        SonarMessage m = MakeTrace(b, v);
-        rig.Deliver(m);
-        auto lines = rig.Lines();
+        auto lines = rig.Send({.heave = heave}, v);
         ASSERT_EQ(lines.size(), 1u);
         const auto& e = *lines[0];
         const auto peak = std::max_element(e.pixels.begin(), e.pixels.end()) - e.pixels.begin();
-        EXPECT_EQ(peak, c.at < 16 ? c.at : 0) << "heave " << c.heave;
-        EXPECT_EQ(std::count(e.pixels.begin(), e.pixels.end(), 255), c.at < 16 ? 1 : 0);
+        EXPECT_EQ(peak, at < 16 ? at : 0);
+        EXPECT_EQ(std::count(e.pixels.begin(), e.pixels.end(), 255), at < 16 ? 1 : 0);
         EXPECT_EQ(e.rawPixels, e.pixels);
-        EXPECT_EQ(e.heaveSamples, c.heave);
+        EXPECT_EQ(e.heaveSamples, heave);
     }
 }
 
 TEST(ChannelProcessor, HeaveFromSmoothedBottomFollowsTheAverage) {
     ChainRig rig;
     rig.Configure(0, 0, [](DisplayProcessingConfig& r) {
-        r.TVGStart = 30;
-        r.TrackRange = 15;
-        r.TrackThreshold = 50;
-        r.HeaveSource = 1;
+        r.TVGStart = 30, r.TrackRange = 15, r.TrackThreshold = 50, r.HeaveSource = 1,
         r.HeaveTimeConst = 2;
     });
-    int firstLit[3] = {};
-    const int steps[3] = {30, 30, 40};
-    for (int p = 0; p < 3; ++p) {
-        SonarMessage m = MakeTrace({}, Step(steps[p]));
-        rig.Deliver(m);
-        auto lines = rig.Lines();
+    std::vector<int> firstLit;
+    for (int step : {30, 30, 40}) {
+        auto lines = rig.Send({}, Step(step));
         ASSERT_EQ(lines.size(), 1u);
-        firstLit[p] =
-            static_cast<int>(std::find(lines[0]->pixels.begin(), lines[0]->pixels.end(), 255) -
-                             lines[0]->pixels.begin());
+        firstLit.push_back(FirstLit(*lines[0]));
     }
     // Two pings fill the window of 2; the third averages 30 and 40 and moves 40 to 35.
-    EXPECT_EQ(firstLit[0], 30);
-    EXPECT_EQ(firstLit[1], 30);
-    EXPECT_EQ(firstLit[2], 35);
+    EXPECT_EQ(firstLit, (std::vector<int>{30, 30, 35}));
     EXPECT_EQ(rig.processor.Channel(0).SmoothedBottom(), 35);
 }
 
 TEST(ChannelProcessor, ReflectionFiltersWithTheTimeConstant) {
     ChainRig rig;
     rig.Configure(0, 0, [](DisplayProcessingConfig& r) {
-        r.TVGStart = 30;
-        r.TrackEnabled = 0;
-        r.RCTimeConst = 1;
-        r.ReflectionCoefDBGain = 10;
+        r.TVGStart = 30, r.TrackEnabled = 0, r.RCTimeConst = 1, r.ReflectionCoefDBGain = 10;
     });
     std::vector<std::int16_t> v(64, 0);
-    v[30] = 1000;
-    v[31] = 2000;
-    v[32] = 500;
-    TraceBuild b;
-    b.format = 2;
+    v[30] = 1000, v[31] = 2000, v[32] = 500;
     float states[2];
     for (float& s : states) {
-        SonarMessage m = MakeTrace(b, v);
-        rig.Deliver(m);
-        auto lines = rig.Lines();
+        auto lines = rig.Send({.format = 2}, v);
         ASSERT_EQ(lines.size(), 1u);
         s = lines[0]->reflection;
     }
@@ -133,12 +112,8 @@ TEST(ChannelProcessor, ReflectionFiltersWithTheTimeConstant) {
     EXPECT_NEAR(states[0], 0.63 * value, 1e-3);
     EXPECT_NEAR(states[1], 0.63 * value + 0.37 * 0.63 * value, 1e-3);
     EXPECT_EQ(rig.processor.LatestReflection(), states[1]);
-
     // A bottom outside the trace gives 0 and leaves the filter alone.
-    b.startDepth = 40;
-    SonarMessage m = MakeTrace(b, v);
-    rig.Deliver(m);
-    EXPECT_EQ(rig.Lines().at(0)->reflection, 0.0f);
+    EXPECT_EQ(rig.Send({.format = 2, .startDepth = 40}, v).at(0)->reflection, 0.0f);
     EXPECT_EQ(rig.processor.Channel(0).ReflectionState(), states[1]);
 }
 
@@ -148,59 +123,39 @@ TEST(ChannelProcessor, DualLayoutMirrorsSideZeroAndDrawsTheCentre) {
     rig.Configure(1, 0);
     rig.Configure(2, 1);
     std::vector<std::int16_t> a(8), b(8);
-    for (int i = 0; i < 8; ++i) {
-        a[static_cast<std::size_t>(i)] = static_cast<std::int16_t>(1000 * (i + 1));
-        b[static_cast<std::size_t>(i)] = static_cast<std::int16_t>(3000 * (i + 1));
+    for (std::size_t i = 0; i < 8; ++i) {
+        a[i] = static_cast<std::int16_t>(1000 * (i + 1));
+        b[i] = static_cast<std::int16_t>(3000 * (i + 1));
     }
-    TraceBuild side0, side1;
-    side1.channel = 1;
-    SonarMessage m0 = MakeTrace(side0, a);
-    SonarMessage m1 = MakeTrace(side1, b);
+    SonarMessage m0 = MakeTrace({}, a), m1 = MakeTrace({.channel = 1}, b);
     rig.Deliver(m0);
     EXPECT_EQ(rig.processor.Channel(0).SideMask(), 1);
     rig.Deliver(m1);
-    auto lines = rig.Lines();
-    ASSERT_EQ(lines.size(), 3u);  // single 0, dual 0+1, single 1 in display order of arrival
-    const SonarDataCacheElement* dual = nullptr;
-    const SonarDataCacheElement* single[2] = {};
-    for (const auto& e : lines) {
-        if (e->displayIndex == 0) dual = e.get();
-        if (e->displayIndex == 1) single[0] = e.get();
-        if (e->displayIndex == 2) single[1] = e.get();
-    }
-    ASSERT_TRUE(dual && single[0] && single[1]);
-    EXPECT_EQ(dual->size, 16);
-    EXPECT_EQ(dual->dualChannel, 1);
-    std::vector<std::uint8_t> want(single[0]->pixels.rbegin(), single[0]->pixels.rend());
-    want.insert(want.end(), single[1]->pixels.begin(), single[1]->pixels.end());
-    want[6] = 255;
-    want[7] = 0;
-    want[8] = 0;
-    want[9] = 255;
-    EXPECT_EQ(dual->pixels, want);
+    auto lines = rig.TakeLines();
+    ASSERT_EQ(lines.size(), 3u);
+    std::vector<int> order;
+    for (const auto& e : lines) order.push_back(e->displayIndex);
+    ASSERT_EQ(order, (std::vector<int>{1, 0, 2}));  // single 0, then the dual line, single 1
+    const SonarDataCacheElement& dual = *lines[1];
+    const SonarDataCacheElement& single0 = *lines[0];
+    const SonarDataCacheElement& single1 = *lines[2];
+    EXPECT_EQ(dual.size, 16);
+    EXPECT_EQ(dual.dualChannel, 1);
+    std::vector<std::uint8_t> want(single0.pixels.rbegin(), single0.pixels.rend());
+    want.insert(want.end(), single1.pixels.begin(), single1.pixels.end());
+    want[6] = 255, want[7] = 0, want[8] = 0, want[9] = 255;
+    EXPECT_EQ(dual.pixels, want);
     // The raw line of side 1 overwrote side 0's at the start; the second half stays empty.
-    EXPECT_TRUE(std::equal(single[1]->rawPixels.begin(), single[1]->rawPixels.end(),
-                           dual->rawPixels.begin()));
-    EXPECT_TRUE(std::all_of(dual->rawPixels.begin() + 8, dual->rawPixels.end(),
-                            [](std::uint8_t v) { return v == 0; }));
+    std::vector<std::uint8_t> raw = single1.rawPixels;
+    raw.resize(16, 0);
+    EXPECT_EQ(dual.rawPixels, raw);
 }
 
 TEST(ChannelProcessor, LostPartnerCostsOneLine) {
     ChainRig rig;
     rig.Configure(0, 0, [](DisplayProcessingConfig& r) { r.DualChannel = 1; });
-    for (int ping : {1, 2}) {
-        TraceBuild b;
-        b.ping = ping;
-        SonarMessage m = MakeTrace(b, Step(4, 8));
-        rig.Deliver(m);
-    }
-    EXPECT_TRUE(rig.Lines().empty());
-    TraceBuild b;
-    b.ping = 2;
-    b.channel = 1;
-    SonarMessage m = MakeTrace(b, Step(4, 8));
-    rig.Deliver(m);
-    auto lines = rig.Lines();
+    for (int ping : {1, 2}) EXPECT_TRUE(rig.Send({.ping = ping}, Step(4, 8)).empty());
+    auto lines = rig.Send({.ping = 2, .channel = 1}, Step(4, 8));
     ASSERT_EQ(lines.size(), 1u);
     EXPECT_EQ(lines[0]->Header().GetInt(TraceField::PingNumber), 2);
 }
@@ -210,60 +165,40 @@ TEST(ChannelProcessor, DispatchBySonarQcAndTwiceInARow) {
     rig.Configure(0, 5);   // sonar 0, channel byte 1
     rig.Configure(1, 53);  // QC of sonar 0, byte 1
     rig.Configure(2, 57);  // QC of sonar 1 (52 + 2 + 1... byte 3 is ignored)
-    TraceBuild b;
-    b.channel = 1;
-    SonarMessage plain = MakeTrace(b, Step(4, 8));
-    rig.Deliver(plain);
-    EXPECT_EQ(rig.Lines().size(), 2u);  // the same trace twice
-    b.direction = DirQC;
-    SonarMessage qc = MakeTrace(b, Step(4, 8));
-    rig.Deliver(qc);
-    auto lines = rig.Lines();
+    EXPECT_EQ(rig.Send({.channel = 1}, Step(4, 8)).size(), 2u);  // the same trace twice
+    auto lines = rig.Send({.channel = 1, .direction = DirQC}, Step(4, 8));
     ASSERT_EQ(lines.size(), 1u);
     EXPECT_EQ(lines[0]->displayIndex, 1);
-    b.channel = 3;
-    SonarMessage ignored = MakeTrace(b, Step(4, 8));
-    rig.Deliver(ignored);
-    b.direction = DirReply;
-    b.subsystem = 99;  // no sonar: once, by `Channel Number`
-    SonarMessage unknown = MakeTrace(b, Step(4, 8));
-    rig.Deliver(unknown, SourceSonarData);
-    EXPECT_TRUE(rig.Lines().empty());
-    rig.Deliver(unknown, SourceLocal);  // not a data source
-    EXPECT_TRUE(rig.Lines().empty());
+    EXPECT_TRUE(rig.Send({.channel = 3, .direction = DirQC}, Step(4, 8)).empty());
+    // No sonar: once, by `Channel Number`; nothing from a source that is not data.
+    const TraceBuild unknown{.channel = 3, .subsystem = 99};
+    EXPECT_TRUE(rig.Send(unknown, Step(4, 8), SourceSonarData).empty());
+    EXPECT_TRUE(rig.Send(unknown, Step(4, 8), SourceLocal).empty());
 }
 
 TEST(SummedChannel, WeightsByExponentAndCountAndRescales) {
-    struct {
-        int a, b, wa, wb, w2, out;
-    } cases[] = {{32760, 32760, 0, 0, 0, 32760},
-                 {16380, 16380, 0, 0, 1, 32760},
-                 {32760, 32760, 1, 1, 1, 32760},
-                 {100, -100, 0, 0, 0, 0},
-                 {32767, 32767, 0, 0, -1, 16383}};
-    for (const auto& c : cases) {
+    const std::tuple<std::int16_t, std::int16_t, int, int, int, int> cases[] = {
+        {32760, 32760, 0, 0, 0, 32760},
+        {16380, 16380, 0, 0, 1, 32760},
+        {32760, 32760, 1, 1, 1, 32760},
+        {100, -100, 0, 0, 0, 0},
+        {32767, 32767, 0, 0, -1, 16383}};
+    for (const auto& [a, b, wa, wb, w2, sum] : cases) {
+        SCOPED_TRACE(a);
         SummedChannelAccumulator acc;
-        TraceBuild b;
-        b.weighting = c.wa;
-        SonarMessage m0 = MakeTrace(b, {static_cast<std::int16_t>(c.a)});
-        b.channel = 1;
-        b.weighting = c.wb;
-        SonarMessage m1 = MakeTrace(b, {static_cast<std::int16_t>(c.b)});
+        SonarMessage m0 = MakeTrace({.weighting = wa}, {a});
+        SonarMessage m1 = MakeTrace({.channel = 1, .weighting = wb}, {b});
         EXPECT_EQ(acc.Offer(m0, 0, 3), nullptr);
         EXPECT_EQ(acc.Offer(m0, 2, 3), nullptr);  // not in the mask
         SonarMessage* out = acc.Offer(m1, 1, 3);
         ASSERT_NE(out, nullptr);
         const auto p = out->Payload();
-        EXPECT_EQ(ConstTraceHeaderView(p).GetInt(TraceField::WeightingFactor), c.w2) << c.a;
-        EXPECT_EQ(LoadLE<std::int16_t>(p.data() + kTraceHeaderSize), c.out) << c.a;
+        EXPECT_EQ(ConstTraceHeaderView(p).GetInt(TraceField::WeightingFactor), w2);
+        EXPECT_EQ(LoadLE<std::int16_t>(p.data() + kTraceHeaderSize), sum);
     }
     // A new ping starts the sum again.
     SummedChannelAccumulator acc;
-    TraceBuild b;
-    SonarMessage m0 = MakeTrace(b, {1});
-    b.ping = 2;
-    b.channel = 1;
-    SonarMessage m1 = MakeTrace(b, {1});
+    SonarMessage m0 = MakeTrace({}, {1}), m1 = MakeTrace({.ping = 2, .channel = 1}, {1});
     acc.Offer(m0, 0, 3);
     EXPECT_EQ(acc.Offer(m1, 1, 3), nullptr);
     EXPECT_EQ(acc.Seen(), 2u);
@@ -273,13 +208,8 @@ TEST(ChannelProcessor, SummedChannelReachesItsDisplay) {
     ChainRig rig;
     rig.general.Modify([](GeneralValues& g) { g.SummedChannel1 = 0b101; });
     rig.Configure(0, 51);
-    for (int ch : {0, 2}) {
-        TraceBuild b;
-        b.channel = ch;
-        SonarMessage m = MakeTrace(b, Step(4, 8));
-        rig.Deliver(m);
-    }
-    auto lines = rig.Lines();
+    EXPECT_TRUE(rig.Send({}, Step(4, 8)).empty());
+    auto lines = rig.Send({.channel = 2}, Step(4, 8));
     ASSERT_EQ(lines.size(), 1u);
     // 32767 + 32767 halved is 32767, one over 32760: stored as 16383 with exponent -1, which
     // scales back to 32766 and truncates to 254.
@@ -289,9 +219,7 @@ TEST(ChannelProcessor, SummedChannelReachesItsDisplay) {
 TEST(ChannelProcessor, SampleRateAutoGainAndPingSelection) {
     ChainRig rig;
     rig.Configure(0, 0, [](DisplayProcessingConfig& r) { r.autoGainRequest = 1; });
-    TraceBuild b;
-    b.intervalNs = 0;
-    SonarMessage m = MakeTrace(b, std::vector<std::int16_t>(8, 3276));
+    SonarMessage m = MakeTrace({.intervalNs = 0}, std::vector<std::int16_t>(8, 3276));
     rig.Deliver(m);
     EXPECT_EQ(ConstTraceHeaderView(m.Payload()).GetInt(TraceField::SampleIntervalNS), 1000);
     {
@@ -302,13 +230,12 @@ TEST(ChannelProcessor, SampleRateAutoGainAndPingSelection) {
         r->MPXOptions = 0x21;  // every second ping, phase 0
         r.Bump();
     }
-    rig.Lines();
+    rig.TakeLines();
     std::vector<int> pings;
     for (int ping = 4; ping <= 7; ++ping) {
-        b.ping = ping;
-        SonarMessage t = MakeTrace(b, Step(4, 8));
-        rig.Deliver(t);
-        for (auto& e : rig.Lines()) pings.push_back(e->Header().GetInt(TraceField::PingNumber));
+        for (auto& e : rig.Send({.ping = ping, .intervalNs = 0}, Step(4, 8))) {
+            pings.push_back(e->Header().GetInt(TraceField::PingNumber));
+        }
     }
     EXPECT_EQ(pings, (std::vector<int>{4, 6}));
 }
@@ -316,81 +243,53 @@ TEST(ChannelProcessor, SampleRateAutoGainAndPingSelection) {
 TEST(ChannelProcessor, SoundSpeedReportsSetTheWaterSpeed) {
     ChainRig rig;
     auto report = [&](std::uint32_t flags, std::int32_t raw) {
-        std::vector<std::uint8_t> p(76, 0);
-        StoreLE<std::uint32_t>(p.data() + 24, flags);
-        StoreLE<std::int32_t>(p.data() + 32, raw);
         SonarMessage m = SonarMessage::Build(MsgPressure, DirReply, 101, 0, 76);
-        std::copy(p.begin(), p.end(), m.Payload().begin());
+        StoreLE<std::uint32_t>(m.Payload().data() + 24, flags);
+        StoreLE<std::int32_t>(m.Payload().data() + 32, raw);
         rig.Deliver(m, SourceSonarData);
+        return rig.general.Snapshot().WaterSoundSpeed;
     };
-    report(0x10, 1480000);
-    EXPECT_EQ(rig.general.Snapshot().WaterSoundSpeed, 1500);  // source not chosen
+    EXPECT_EQ(report(0x10, 1480000), 1500);  // source not chosen
     rig.general.Modify([](GeneralValues& g) { g.SoundSpeedSource = 1; });
-    report(0x01, 1480000);
-    EXPECT_EQ(rig.general.Snapshot().WaterSoundSpeed, 1500);  // no sound speed flag
+    EXPECT_EQ(report(0x01, 1480000), 1500);  // no sound speed flag
     const int before = rig.general.ChangeCount();
-    report(0x10, 1480000);
-    EXPECT_EQ(rig.general.Snapshot().WaterSoundSpeed, 1480);
+    EXPECT_EQ(report(0x10, 1480000), 1480);
     EXPECT_EQ(rig.general.ChangeCount(), before + 1);
     // A raw value within 1 of the setting waits for 51 differing reports.
     for (int i = 0; i < 50; ++i) report(0x10, 1481);
     EXPECT_EQ(rig.general.Snapshot().WaterSoundSpeed, 1480);
-    report(0x10, 1481);
-    EXPECT_EQ(rig.general.Snapshot().WaterSoundSpeed, 1);
+    EXPECT_EQ(report(0x10, 1481), 1);
 }
 
 TEST(ChannelProcessor, HostileTracesAndSettingsStayDefined) {
     // Random headers, bytes and settings (run under the sanitizers in CI): every line that comes
     // out has both byte lines of its stated size.
     std::uint32_t seed = 2024;
-    auto next = [&seed] {
-        seed = seed * 1664525u + 1013904223u;
-        return seed;
-    };
-    auto wild = [&next] {
-        const float choices[] = {0, -1, 1e30f, -1e30f, NAN, INFINITY, 3.5f, 127, 600};
-        return choices[next() % 9];
-    };
+    auto next = [&seed] { return seed = seed * 1664525u + 1013904223u; };
+    auto any = [&next] { return static_cast<int>(next()); };
+    auto upTo = [&next](int n) { return static_cast<int>(next() % static_cast<unsigned>(n)); };
+    auto s16 = [&next] { return static_cast<std::int16_t>(next()); };
+    const float wild[] = {0, -1, 1e30f, -1e30f, NAN, INFINITY, 3.5f, 127, 600};
+    using C = DisplayProcessingConfig;
     ChainRig rig;
     for (int round = 0; round < 300; ++round) {
-        rig.Configure(0, 0, [&](DisplayProcessingConfig& r) {
-            r.Gain = static_cast<int>(next() % 801) - 400;
-            r.TVG = static_cast<int>(next());
-            r.TVGLimit = static_cast<int>(next() % 2000);
-            r.RefGain0 = wild();
-            r.TVGStart = wild();
-            r.TrackRange = wild();
-            r.TrackThreshold = wild();
-            r.Holdoff = static_cast<int>(next());
-            r.HeaveSource = static_cast<int>(next() % 3);
-            r.HeaveTimeConst = static_cast<int>(next() % 600);
-            r.MedianFilter = static_cast<int>(next() % 200);
-            r.DCFilter = static_cast<int>(next() % 300);
-            r.DirectPathEnable = 1;
-            r.DirectPath0 = wild();
-            r.DirectPathn = wild();
-            r.DirectPathTraces = static_cast<int>(next() % 5) - 1;
-            r.RCTimeConst = wild();
-            r.DualChannel = static_cast<int>(next() % 3);
-            r.MPXOptions = static_cast<int>(next() % 128);
+        rig.Configure(0, 0, [&](C& r) {
+            for (float C::*f : {&C::RefGain0, &C::TVGStart, &C::TrackRange, &C::TrackThreshold,
+                                &C::DirectPath0, &C::DirectPathn, &C::RCTimeConst}) {
+                r.*f = wild[upTo(9)];
+            }
+            r.Gain = upTo(801) - 400, r.TVG = any(), r.TVGLimit = upTo(2000), r.Holdoff = any();
+            r.HeaveSource = upTo(3), r.HeaveTimeConst = upTo(600), r.MedianFilter = upTo(200);
+            r.DCFilter = upTo(300), r.DirectPathEnable = 1, r.DirectPathTraces = upTo(5) - 1;
+            r.DualChannel = upTo(3), r.MPXOptions = upTo(128);
         });
-        rig.general.Modify([&](GeneralValues& g) {
-            g.UserUnits = static_cast<int>(next() % 3);
-            g.WaterSoundSpeed = static_cast<int>(next() % 3000) - 10;
-        });
-        TraceBuild b;
-        b.format = static_cast<int>(next() % 12);
-        b.ping = static_cast<int>(next());
-        b.channel = static_cast<int>(next() % 2);
-        b.intervalNs = static_cast<int>(next());
-        b.startDepth = static_cast<int>(next());
-        b.weighting = static_cast<std::int16_t>(next());
-        b.heave = static_cast<std::int16_t>(next());
+        rig.general.Modify(
+            [&](GeneralValues& g) { g.UserUnits = upTo(3), g.WaterSoundSpeed = upTo(3000) - 10; });
+        TraceBuild b{.format = upTo(12), .ping = any(), .channel = upTo(2)};
+        b.intervalNs = any(), b.startDepth = any(), b.weighting = s16(), b.heave = s16();
         std::vector<std::int16_t> v(next() % 300);
-        for (auto& x : v) x = static_cast<std::int16_t>(next());
-        SonarMessage m = MakeTrace(b, v);
-        rig.Deliver(m);
-        for (const auto& e : rig.Lines()) {
+        for (auto& x : v) x = s16();
+        for (const auto& e : rig.Send(b, v)) {
             ASSERT_EQ(e->pixels.size(), static_cast<std::size_t>(e->size));
             ASSERT_EQ(e->rawPixels.size(), static_cast<std::size_t>(e->size));
         }
@@ -409,15 +308,14 @@ TEST(DisplayLineOutput, PlaybackWaitsOnTheClockLiveDrops) {
     rig.onSleep = [&] { clock.AdvanceTick(100); };
     CountingPrinter printer;
     rig.output.AddPrinter(&printer);
-    for (std::uint32_t i = 0; i < DisplayQueue::kCapacity; ++i) {
-        ASSERT_TRUE(rig.output.Deliver(std::make_unique<SonarDataCacheElement>(4)));
-    }
+    auto deliver = [&] { return rig.output.Deliver(std::make_unique<SonarDataCacheElement>(4)); };
+    for (std::uint32_t i = 0; i < DisplayQueue::kCapacity; ++i) ASSERT_TRUE(deliver());
     // Live: no wait at all.
-    EXPECT_FALSE(rig.output.Deliver(std::make_unique<SonarDataCacheElement>(4)));
+    EXPECT_FALSE(deliver());
     EXPECT_EQ(clock.TickCount(), 0u);
     // Playback: 50 waits of 100 ms, then the line is dropped.
     rig.playback = true;
-    EXPECT_FALSE(rig.output.Deliver(std::make_unique<SonarDataCacheElement>(4)));
+    EXPECT_FALSE(deliver());
     EXPECT_EQ(clock.TickCount(), 5000u);
     // A reader that frees a slot after 300 ms lets the line through.
     int sleeps = 0;
@@ -426,14 +324,86 @@ TEST(DisplayLineOutput, PlaybackWaitsOnTheClockLiveDrops) {
         DisplayQueueEntry e;
         if (++sleeps == 3) rig.set.Queue().Take(e);
     };
-    EXPECT_TRUE(rig.output.Deliver(std::make_unique<SonarDataCacheElement>(4)));
+    EXPECT_TRUE(deliver());
     EXPECT_EQ(clock.TickCount(), 5300u);
     // Closing: the program no longer runs, so nothing waits.
     rig.coordinator.Running().Clear();
-    EXPECT_FALSE(rig.output.Deliver(std::make_unique<SonarDataCacheElement>(4)));
+    EXPECT_FALSE(deliver());
     EXPECT_EQ(clock.TickCount(), 5300u);
     EXPECT_EQ(printer.lines, 204);
     EXPECT_EQ(rig.output.Dropped(), 3u);
+}
+
+SonarMessage PulseTrace(int format, int pulses, int ping, const std::vector<std::int16_t>& v) {
+    SonarMessage m = MakeTrace({.format = format, .ping = ping}, v);
+    TraceHeaderView(m.Payload()).SetInt(TraceField::NumOfPulses, pulses);
+    return m;
+}
+
+bool Equalise(MultiPulseEqualiser& eq, const SonarMessage& m, std::vector<std::int16_t>& out) {
+    const auto p = m.Payload();
+    return eq.Apply(ConstTraceHeaderView(p), p.subspan(kTraceHeaderSize), 0, out);
+}
+
+std::vector<std::int16_t> Flat(std::int16_t level, std::size_t n = 60) {
+    return std::vector<std::int16_t>(n, level);
+}
+
+TEST(MultiPulseEqualiser, TakesOnlyEnvelopesOfTwoToFourPulses) {
+    const std::tuple<int, int, bool> cases[] = {{0, 2, true},  {0, 4, true},  {0, 0, true},
+                                                {0, 1, false}, {0, 5, false}, {2, 2, false}};
+    for (const auto& [format, pulses, applies] : cases) {
+        SCOPED_TRACE(testing::Message() << format << " " << pulses);
+        MultiPulseEqualiser eq;
+        std::vector<std::int16_t> out = {42};
+        EXPECT_EQ(Equalise(eq, PulseTrace(format, pulses, 1, Flat(100, 12)), out), applies);
+        EXPECT_EQ(out.size(), applies ? 12u : 1u);
+    }
+    MultiPulseEqualiser eq;
+    std::vector<std::int16_t> out;
+    EXPECT_FALSE(Equalise(eq, PulseTrace(0, 2, 1, {}), out));
+}
+
+TEST(MultiPulseEqualiser, LiftsTheQuietPhaseTowardTheLoudOne) {
+    MultiPulseEqualiser eq;
+    std::vector<std::int16_t> out;
+    // Phase 0 at 1000, phase 1 at 900 (needs 1.111) and, later, at 500 (needs 2, held at 1.3).
+    const SonarMessage loud = PulseTrace(0, 2, 0, Flat(1000));
+    ASSERT_TRUE(Equalise(eq, loud, out));
+    EXPECT_EQ(out[0], static_cast<std::int16_t>(1000 / 1.31));
+    ASSERT_TRUE(Equalise(eq, PulseTrace(0, 2, 1, Flat(900)), out));
+    EXPECT_EQ(out[30], static_cast<std::int16_t>(900 * (1000.0 / 900.0) / 1.31));
+    MultiPulseEqualiser eq2;
+    Equalise(eq2, loud, out);
+    Equalise(eq2, PulseTrace(0, 2, 1, Flat(500)), out);
+    EXPECT_EQ(out[59], static_cast<std::int16_t>(500 * 1.3 / 1.31));
+}
+
+TEST(MultiPulseEqualiser, InterpolatesBetweenSegmentCentres) {
+    MultiPulseEqualiser eq;
+    std::vector<std::int16_t> out;
+    std::vector<std::int16_t> half = Flat(1000);
+    std::fill(half.begin(), half.begin() + 30, 909);  // 1.1 below
+    Equalise(eq, PulseTrace(0, 2, 0, Flat(1000)), out);
+    Equalise(eq, PulseTrace(0, 2, 1, half), out);
+    // Segments of 10 samples have centres at 5, 15, 25 (1.1) and 35 (1.0); the middle of sample
+    // 29, at 29.5, lies 0.45 of the way from 25 to 35.
+    const double c = 1000.0 / 909.0;
+    EXPECT_EQ(out[20], static_cast<std::int16_t>(909 * c / 1.31));
+    EXPECT_EQ(out[29], static_cast<std::int16_t>(909 * (c + (1.0 - c) * 0.45) / 1.31));
+    EXPECT_EQ(out[40], static_cast<std::int16_t>(1000 / 1.31));
+}
+
+TEST(MultiPulseEqualiser, ChangeOfPulsesOrLengthForgets) {
+    MultiPulseEqualiser eq;
+    std::vector<std::int16_t> out;
+    const SonarMessage quiet = PulseTrace(0, 3, 1, Flat(900));
+    Equalise(eq, PulseTrace(0, 2, 0, Flat(1000)), out);
+    Equalise(eq, quiet, out);  // three pulses now: the loud phase of two is forgotten
+    EXPECT_EQ(out[0], static_cast<std::int16_t>(900 / 1.31));
+    Equalise(eq, PulseTrace(0, 3, 0, Flat(2000, 30)), out);
+    Equalise(eq, quiet, out);
+    EXPECT_EQ(out[0], static_cast<std::int16_t>(900 / 1.31));
 }
 
 }  // namespace

@@ -3,26 +3,18 @@
 
 #include <gtest/gtest.h>
 
-#include "app/ProgramClock.h"
-#include "dsp/ClockSteering.h"
-#include "nav/NavigationConfig.h"
-#include "nav/NavigationFix.h"
-#include "platform/FakeSystemClock.h"
-#include "platform/FakeTickSource.h"
+#include <tuple>
 
-namespace halvo {
+#include "dsp/ClockSteering.h"
+#include "dsp/StampingRig.h"
+
+namespace halvo::test {
 namespace {
 
-constexpr std::int32_t kNoon = 1709208000;  // 2024-02-29 12:00:00 UTC
 using Outcome = ClockSteering::Outcome;
 
-struct Rig {
-    Rig() {
-        clock.SetSource(0);
-        wall.SetNow(kNoon, 0);
-        clock.SyncFromSystem();
-        start = clock.Now();
-    }
+// The stamping rig's clocks with a steering of its own and the fix it reads.
+struct Rig : StampingRig {
     // A new ZDA of 12:00:00 that day, read `errMs` before the time it states.
     Outcome Zda(std::int32_t errMs) {
         fix.zda = ZdaRecord{12, 0, 0.0f, 29, 2, 2024, 0, 0, fix.zda.stamp + 1};
@@ -30,31 +22,23 @@ struct Rig {
     }
     std::int32_t Moved() { return ProgramClock::DiffMs(clock.Now(), start); }
 
-    FakeTickSource ticks;
-    FakeSystemClock wall;
-    ProgramClock clock{ticks, wall};
-    TimeValue start{};
+    TimeValue start = clock.Now();
     NavigationFix fix;
     ClockSteering steering;
 };
 
 TEST(ClockSteering, ThresholdsChooseStepFastOrSlow) {
-    struct Case {
-        std::int32_t err;
-        double filtered;
-        std::int32_t moved;
-    };
-    const Case cases[] = {
+    const std::tuple<std::int32_t, double, std::int32_t> cases[] = {
         {200, 4.0, 0},                // slow: 0.02 * 200, a = 0.2
         {-200, -4.0, 0},              //
         {201, 20.1 - 1.005, 1},       // fast: 0.1 * 201, a = 1.005
         {-5000, -500.0 + 25.0, -25},  // still filtered at exactly 5000
     };
-    for (const Case& c : cases) {
+    for (const auto& [err, filtered, moved] : cases) {
         Rig rig;
-        EXPECT_EQ(rig.Zda(c.err), Outcome::Filtered) << c.err;
-        EXPECT_NEAR(rig.steering.Filtered(), c.filtered, 1e-9) << c.err;
-        EXPECT_EQ(rig.Moved(), c.moved) << c.err;
+        EXPECT_EQ(rig.Zda(err), Outcome::Filtered) << err;
+        EXPECT_NEAR(rig.steering.Filtered(), filtered, 1e-9) << err;
+        EXPECT_EQ(rig.Moved(), moved) << err;
         EXPECT_TRUE(rig.wall.SetCalls().empty());
     }
     Rig rig;
@@ -105,4 +89,4 @@ TEST(ClockSteering, GateMidnightSourcesAndTheDayThatStays) {
 }
 
 }  // namespace
-}  // namespace halvo
+}  // namespace halvo::test

@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <cstring>
+#include <tuple>
 #include <vector>
 
 #include "core/ByteOrder.h"
@@ -20,17 +20,8 @@ std::vector<std::uint8_t> Int16Bytes(const std::vector<int>& v) {
     return b;
 }
 
-struct ScaleCase {
-    const char* what;
-    int format;
-    std::vector<int> values;
-    ScaleParams params;
-    float line0;
-    int raw0;
-};
-
 TEST(LineStages, ScaleAndGainTruncatesAndClamps) {
-    const ScaleCase cases[] = {
+    const std::tuple<const char*, int, std::vector<int>, ScaleParams, float, int> cases[] = {
         {"full scale gives 255", 0, {32767}, {}, 255.0f, 255},
         {"weighting 1 halves: 127.5 truncates", 0, {32767}, {1, 0, 0, false}, 127.5f, 127},
         {"254.9 truncates, never rounds", 0, {32754}, {}, 32754.0f * (255.0f / 32767.0f), 254},
@@ -40,14 +31,13 @@ TEST(LineStages, ScaleAndGainTruncatesAndClamps) {
         {"raw after gain clamps at 255", 2, {3276}, {0, 20, 0, true}, 254.96f, 254},
         {"RefGain0 6.0206 dB doubles", 2, {16380}, {0, 0, 6.0206f, false}, 254.945f, 254},
     };
-    for (const ScaleCase& c : cases) {
-        const auto bytes = Int16Bytes(c.values);
-        const TraceSamples s = TraceSamples::Of(bytes, c.format);
+    for (const auto& [what, format, values, params, line0, raw0] : cases) {
+        const auto bytes = Int16Bytes(values);
         std::vector<float> line(1);
         std::vector<std::uint8_t> raw(1);
-        ScaleAndGain(s, c.params, line, raw);
-        EXPECT_NEAR(line[0], c.line0, 0.02f) << c.what;
-        EXPECT_EQ(raw[0], c.raw0) << c.what;
+        ScaleAndGain(TraceSamples::Of(bytes, format), params, line, raw);
+        EXPECT_NEAR(line[0], line0, 0.02f) << what;
+        EXPECT_EQ(raw[0], raw0) << what;
     }
 }
 
@@ -64,15 +54,12 @@ TEST(LineStages, ScaleGivesDisplayGainAndSilenceBehindShortTraces) {
 
 TEST(LineStages, SampleCountFollowsFormatAndLimits) {
     const std::vector<std::uint8_t> none;
-    struct {
-        int format;
-        std::size_t bytes;
-        int count;
-    } cases[] = {{0, 100, 50}, {1, 100, 25}, {7, 100, 12},        {10, 100, 25},
-                 {2, 0, 1},    {0, 1, 1},    {0, 2000000, 500000}};
-    for (const auto& c : cases) {
-        EXPECT_EQ(LineSampleCount(TraceSamples::Of(none, c.format), c.bytes), c.count)
-            << c.format << " " << c.bytes;
+    const std::tuple<int, std::size_t, int> cases[] = {
+        {0, 100, 50}, {1, 100, 25}, {7, 100, 12},        {10, 100, 25},
+        {2, 0, 1},    {0, 1, 1},    {0, 2000000, 500000}};
+    for (const auto& [format, bytes, count] : cases) {
+        EXPECT_EQ(LineSampleCount(TraceSamples::Of(none, format), bytes), count)
+            << format << " " << bytes;
     }
 }
 
@@ -80,15 +67,10 @@ TEST(LineStages, DCFilterSubtractsOddMeanWithHeadAndTail) {
     // k 3: half 1; means over original samples 0..2, 1..3, ... for i 1 to N-3.
     const std::vector<float> in = {0, 0, 9, 0, 0, 0, 0, 0};
     const std::vector<float> want = {-3, -3, 6, -3, 0, 0, 0, 0};
-    for (int k : {2, 3}) {
+    for (int k : {0, 1, 2, 3}) {  // 2 acts as 3, below is off
         std::vector<float> x = in;
         ApplyDCFilter(x, k);
-        EXPECT_EQ(x, want) << "k " << k;
-    }
-    for (int k : {0, 1}) {
-        std::vector<float> x = in;
-        ApplyDCFilter(x, k);
-        EXPECT_EQ(x, in) << "k " << k << " is off";
+        EXPECT_EQ(x, k < 2 ? in : want) << "k " << k;
     }
     // k is held to N - 3 = 5: half 2, rows 2..3 use the five-sample mean.
     std::vector<float> x = {0, 0, 10, 0, 0, 5, 0, 0};
@@ -100,15 +82,10 @@ TEST(LineStages, DCFilterSubtractsOddMeanWithHeadAndTail) {
 TEST(LineStages, MedianFilterRunsSortedWindowWithHeadAndTail) {
     const std::vector<float> in = {5, 1, 4, 2, 3, 9, 0, 7};
     const std::vector<float> want = {4, 4, 2, 3, 3, 3, 3, 3};
-    for (int m : {2, 3}) {
+    for (int m : {1, 2, 3, 6}) {  // 2 acts as 3; 6 exceeds N - 3
         std::vector<float> x = in;
         ApplyMedianFilter(x, m);
-        EXPECT_EQ(x, want) << "m " << m;
-    }
-    for (int m : {1, 6}) {  // 6 exceeds N - 3
-        std::vector<float> x = in;
-        ApplyMedianFilter(x, m);
-        EXPECT_EQ(x, in) << "m " << m;
+        EXPECT_EQ(x, m == 2 || m == 3 ? want : in) << "m " << m;
     }
     // 128 acts as 127.
     std::vector<float> a(400), b(400);
@@ -142,11 +119,8 @@ TEST(LineStages, MedianLanesAgreeWithTheSortedWindow) {
 }
 
 TEST(LineStages, TvgGrowsAfterStartUntilLimitThenHolds) {
-    TvgParams p;
-    p.r = 2.0f;
-    p.step = static_cast<float>(20.0 * std::log10(2.0));
-    p.limit = 12.0f;
-    p.start = 1.5f;
+    const TvgParams p{
+        .r = 2.0f, .step = float(20.0 * std::log10(2.0)), .limit = 12.0f, .start = 1.5f};
     const std::vector<float> x(6, 10.0f);
     std::vector<std::uint8_t> d(8, 99);
     ApplyTvg(x, d, p);
@@ -159,52 +133,43 @@ TEST(LineStages, TvgGrowsAfterStartUntilLimitThenHolds) {
 }
 
 TEST(LineStages, TvgBytesClampTruncateAndWrap) {
-    struct {
-        float v;
-        bool clampAtZero;
-        int byte;
-    } cases[] = {{255.9f, false, 255}, {300.0f, false, 255}, {254.9f, false, 254},
-                 {-20.5f, false, 20},  {-20.5f, true, 0},    {-300.0f, false, 44},
-                 {-3.0e9f, false, 0},  {NAN, false, 0}};
+    const std::tuple<float, bool, int> cases[] = {
+        {255.9f, false, 255}, {300.0f, false, 255}, {254.9f, false, 254}, {-20.5f, false, 20},
+        {-20.5f, true, 0},    {-300.0f, false, 44}, {-3.0e9f, false, 0},  {NAN, false, 0}};
     TvgParams p;
-    for (const auto& c : cases) {
-        p.clampAtZero = c.clampAtZero;
-        const std::vector<float> x = {c.v};
+    for (const auto& [v, clamp, byte] : cases) {
+        p.clampAtZero = clamp;
+        const std::vector<float> x = {v};
         std::vector<std::uint8_t> d(1);
         ApplyTvg(x, d, p);
-        EXPECT_EQ(d[0], c.byte) << c.v << " clamp " << c.clampAtZero;
+        EXPECT_EQ(d[0], byte) << v << " clamp " << clamp;
     }
 }
 
 TEST(LineStages, ShiftLineMovesWholeSamplesAndLeavesWidthAlone) {
     const std::vector<std::uint8_t> in = {1, 2, 3, 4, 5};
-    struct {
-        int d;
-        std::vector<std::uint8_t> want;
-    } cases[] = {{-2, {0, 0, 1, 2, 3}}, {2, {3, 4, 5, 0, 0}}, {0, in}, {5, in}, {-5, in},
-                 {INT32_MIN, in}};
-    for (const auto& c : cases) {
+    const std::tuple<int, std::vector<std::uint8_t>> cases[] = {
+        {-2, {0, 0, 1, 2, 3}}, {2, {3, 4, 5, 0, 0}}, {0, in}, {5, in}, {-5, in}, {INT32_MIN, in}};
+    for (const auto& [d, want] : cases) {
         std::vector<std::uint8_t> x = in;
-        ShiftLine(x, c.d);
-        EXPECT_EQ(x, c.want) << c.d;
+        ShiftLine(x, d);
+        EXPECT_EQ(x, want) << d;
     }
 }
 
 TEST(LineStages, DirectPathAveragesOverTracesAndFreezes) {
+    // Alpha 0.5 over samples 1 to 2; a frozen average is used but not updated.
+    const std::tuple<bool, std::vector<float>, std::vector<float>> steps[] = {
+        {false, {1, 2, 4, 1}, {2, 4}}, {false, {1, 1, 2, 1}, {3, 6}}, {true, {1, 1, 2, 1}, {3, 6}}};
     std::vector<float> avg(2, 0.0f);
+    for (const auto& [freeze, line, average] : steps) {
+        std::vector<float> x = {1, 4, 8, 1};
+        SubtractDirectPath(x, avg, 1, 3, freeze);
+        EXPECT_EQ(x, line);
+        EXPECT_EQ(avg, average);
+    }
     std::vector<float> x = {1, 4, 8, 1};
-    SubtractDirectPath(x, avg, 1, 3, false);  // alpha 0.5
-    EXPECT_EQ(x, (std::vector<float>{1, 2, 4, 1}));
-    x = {1, 4, 8, 1};
-    SubtractDirectPath(x, avg, 1, 3, false);
-    EXPECT_EQ(avg, (std::vector<float>{3, 6}));
-    EXPECT_EQ(x, (std::vector<float>{1, 1, 2, 1}));
-    x = {1, 4, 8, 1};
-    SubtractDirectPath(x, avg, 1, 3, true);
-    EXPECT_EQ(avg, (std::vector<float>{3, 6}));
-    EXPECT_EQ(x, (std::vector<float>{1, 1, 2, 1}));
     // A window running past the trace stops at its end.
-    x = {1, 4, 8, 1};
     std::vector<float> wide(10, 0.0f);
     SubtractDirectPath(x, wide, 3, 1, false);
     EXPECT_EQ(x[3], 0.0f);

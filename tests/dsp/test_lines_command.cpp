@@ -2,78 +2,41 @@
 // the same traces through the chain in this process.
 
 #include <gtest/gtest.h>
-#include <sys/wait.h>
-
-#include <cstdio>
-#include <nlohmann/json.hpp>
-#include <sstream>
-#include <string>
 
 #include "ChainRig.h"
+#include "HsfTool.h"
 #include "app/TempWorkDir.h"
 #include "storage/HsfTestWriter.h"
 
 namespace halvo::test {
 namespace {
 
-using Json = nlohmann::json;
-
-struct ToolRun {
-    int status = -1;
-    std::vector<Json> lines;
-};
-
-ToolRun Tool(const std::string& args) {
-    ToolRun r;
-    const std::string cmd = std::string(HALVO_HSF_BIN) + " lines " + args + " 2>/dev/null";
-    FILE* p = ::popen(cmd.c_str(), "r");
-    if (!p) return r;
-    std::string out;
-    char buf[65536];
-    for (std::size_t n; (n = std::fread(buf, 1, sizeof buf, p)) > 0;) out.append(buf, n);
-    const int raw = ::pclose(p);
-    r.status = WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
-    std::istringstream in(out);
-    for (std::string line; std::getline(in, line);) r.lines.push_back(Json::parse(line));
-    return r;
-}
-
 std::vector<std::uint8_t> FromBase64(const std::string& s) {
-    auto value = [](char c) -> int {
-        if (c >= 'A' && c <= 'Z') return c - 'A';
-        if (c >= 'a' && c <= 'z') return c - 'a' + 26;
-        if (c >= '0' && c <= '9') return c - '0' + 52;
-        return c == '+' ? 62 : c == '/' ? 63 : -1;
-    };
+    static const std::string digits =
+        "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
     std::vector<std::uint8_t> out;
     std::uint32_t acc = 0;
     int bits = 0;
-    for (char c : s) {
-        const int v = value(c);
-        if (v < 0) break;
-        acc = (acc << 6) | static_cast<std::uint32_t>(v);
-        bits += 6;
-        if (bits >= 8) {
-            bits -= 8;
-            out.push_back(static_cast<std::uint8_t>(acc >> bits));
-        }
+    for (std::size_t i = 0; i < s.size() && digits.find(s[i]) != std::string::npos; ++i) {
+        acc = (acc << 6) | static_cast<std::uint32_t>(digits.find(s[i]));
+        if ((bits += 6) >= 8) out.push_back(static_cast<std::uint8_t>(acc >> (bits -= 8)));
     }
     return out;
+}
+
+ToolRun Tool(const std::string& args) {
+    return RunHsf("lines " + args);
 }
 
 class LinesCommand : public TempWorkDir {
   protected:
     // Three pings on subsystem 20, channel byte 0: the default sonar list makes that channel 2.
-    std::vector<SonarMessage> Traces() {
+    static std::vector<SonarMessage> Traces() {
         std::vector<SonarMessage> out;
         for (int ping = 1; ping <= 3; ++ping) {
-            TraceBuild b;
-            b.ping = ping;
-            b.subsystem = 20;
-            b.channel = 0;
             std::vector<std::int16_t> v(100, 1000);
-            for (int i = 40 + ping; i < 100; ++i) v[static_cast<std::size_t>(i)] = 30000;
-            out.push_back(MakeTrace(b, v));
+            std::fill(v.begin() + 40 + ping, v.end(), 30000);
+            out.push_back(MakeTrace({.ping = ping, .subsystem = 20}, v));
         }
         return out;
     }
@@ -98,31 +61,28 @@ TEST_F(LinesCommand, PrintsEveryLineAsTheChainMakesIt) {
 
     ChainRig rig({{20, 2}});
     rig.Configure(2, 2, [](DisplayProcessingConfig& c) {
-        c.Gain = 3;
-        c.TVG = 500;
-        c.TVGStart = 40;
-        c.TrackRange = 10;
-        c.TrackThreshold = 50;
+        c.Gain = 3, c.TVG = 500, c.TVGStart = 40, c.TrackRange = 10, c.TrackThreshold = 50,
         c.DCFilter = 5;
     });
-    std::vector<std::unique_ptr<SonarDataCacheElement>> want;
+    Lines want;
     for (SonarMessage& m : Traces()) {
         rig.Deliver(m);
-        for (auto& e : rig.Lines()) want.push_back(std::move(e));
+        for (auto& e : rig.TakeLines()) want.push_back(std::move(e));
     }
     ASSERT_EQ(want.size(), r.lines.size());
     for (std::size_t i = 0; i < want.size(); ++i) {
-        const Json& j = r.lines[i];
+        SCOPED_TRACE(i);
+        const auto& j = r.lines[i];
         EXPECT_EQ(j["display"], 2);
         EXPECT_EQ(j["ping"], static_cast<int>(i / 2 + 1));
         EXPECT_EQ(j["size"], 100);
         EXPECT_EQ(j["dualChannel"], 0);
-        EXPECT_EQ(j["bottomSample"], want[i]->bottomSample) << i;
+        EXPECT_EQ(j["bottomSample"], want[i]->bottomSample);
         EXPECT_EQ(j["startDepth"], 0);
         EXPECT_FLOAT_EQ(j["gain"].get<float>(), want[i]->gain);
         EXPECT_FLOAT_EQ(j["reflection"].get<float>(), want[i]->reflection);
-        EXPECT_EQ(FromBase64(j["pixels"]), want[i]->pixels) << i;
-        EXPECT_EQ(FromBase64(j["rawPixels"]), want[i]->rawPixels) << i;
+        EXPECT_EQ(FromBase64(j["pixels"]), want[i]->pixels);
+        EXPECT_EQ(FromBase64(j["rawPixels"]), want[i]->rawPixels);
     }
     // The tracker followed the echo from ping to ping.
     EXPECT_EQ(r.lines[0]["bottomSample"], 41);

@@ -2,7 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include <functional>
+#include <tuple>
+
 #include <thread>
 
 #include "dsp/StampingRig.h"
@@ -14,51 +15,37 @@ using namespace test;
 using F = TraceField;
 
 TEST(SegyDataProcessor, EachSourceIsFreshFor4999MsAndStaleAt5000) {
-    struct Case {
+    const struct {
         const char* name;
-        std::function<SonarMessage()> message;
+        SonarMessage message;
         F field;
         std::int32_t value;
+    } cases[] = {
+        {"attitude", PitchRoll(1000, 0, 0, 4500), F::Pitch, 1000},
+        {"altitude", Msg(MsgAltitude, 44, {{16, 12345, 4}}), F::Altitude, 12345},
+        {"pressure", Msg(MsgPressure, 76, {{12, 29400, 4}, {24, 1, 4}}), F::PressurePSI, 29400},
+        {"analog", Msg(MsgAnalog, 36, {{34, 12}}), F::AnnotationWord11, 12},
+        {"navigation", Nmea("$GPVTG,054.7,T,034.4,M,005.5,N,010.2,K"), F::CoordUnits, 2},
     };
-    const Case cases[] = {
-        {"attitude", [] { return PitchRoll(1000, 0, 0, 4500); }, F::Pitch, 1000},
-        {"altitude",
-         [] {
-             return Msg(MsgAltitude, 44, {{16, 12345, 4}});
-         },
-         F::Altitude, 12345},
-        {"pressure",
-         [] {
-             return Msg(MsgPressure, 76, {{12, 29400, 4}, {24, 1, 4}});
-         },
-         F::PressurePSI, 29400},
-        {"analog",
-         [] {
-             return Msg(MsgAnalog, 36, {{34, 12}});
-         },
-         F::AnnotationWord11, 12},
-        {"navigation", [] { return Nmea("$GPVTG,054.7,T,034.4,M,005.5,N,010.2,K"); }, F::CoordUnits,
-         2},
-    };
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
         StampingRig rig;
-        EXPECT_EQ(Field(rig.Stamp(Trace()), c.field), 0) << c.name << " never arrived";
-        rig.Stamp(c.message());
+        auto stamped = [&] { return Field(rig.Stamp(Trace()), c.field); };
+        EXPECT_EQ(stamped(), 0) << "never arrived";
+        rig.Stamp(c.message.Clone());
         rig.ticks.AdvanceTick(4999);
-        EXPECT_EQ(Field(rig.Stamp(Trace()), c.field), c.value) << c.name << " at 4999 ms";
+        EXPECT_EQ(stamped(), c.value) << "at 4999 ms";
         rig.ticks.AdvanceTick(1);
-        EXPECT_EQ(Field(rig.Stamp(Trace()), c.field), 0) << c.name << " at 5000 ms";
-        rig.Stamp(c.message());
+        EXPECT_EQ(stamped(), 0) << "at 5000 ms";
+        rig.Stamp(c.message.Clone());
         rig.ticks.AdvanceTick(static_cast<std::uint32_t>(-1));  // a tick that ran backward
-        EXPECT_EQ(Field(rig.Stamp(Trace()), c.field), 0) << c.name << " backward";
+        EXPECT_EQ(stamped(), 0) << "backward";
     }
 }
 
 TEST(SegyDataProcessor, AttitudeBiasHeaveAndDepthHeave) {
     StampingRig rig;
-    GeneralValues g;
-    g.PitchBias = 10.0f;
-    rig.general.Update(g);
+    rig.general.Modify([](GeneralValues& g) { g.PitchBias = 10.0f; });
     // -175 degrees less 10 is 175 (31857), not -185; 310 mm is 10.33 samples of 0.03 m.
     rig.Stamp(PitchRoll(-31856, 0, 310, 9000));
     SonarMessage t = rig.Stamp(Trace());
@@ -73,8 +60,7 @@ TEST(SegyDataProcessor, AttitudeBiasHeaveAndDepthHeave) {
 
     // Depth heave replaces it, one low-pass per channel. Filter 31: 589 mm is 19.63 samples,
     // then filter 60.45: 559.55 mm is 18.65.
-    g.HeaveSensorSource = 1;
-    rig.general.Update(g);
+    rig.general.Modify([](GeneralValues& g) { g.HeaveSensorSource = 1; });
     rig.Stamp(PitchRoll(0, 0, 310, 0));
     for (const auto& [ch, expected] : {std::pair{0, -19}, {0, -18}, {1, -19}}) {
         t = rig.Stamp(Trace(0, static_cast<std::uint8_t>(ch), {{F::DepthMM, 620}}));
@@ -84,10 +70,10 @@ TEST(SegyDataProcessor, AttitudeBiasHeaveAndDepthHeave) {
 
 TEST(SegyDataProcessor, AnalogTemperatureGivesTheDepthOfPressure) {
     StampingRig rig;
-    GeneralValues g;
-    g.TemperatureGain = 0.1f;  // channel 7 reading 250: 25.0 C
-    g.TemperatureOffset = 0.0f;
-    rig.general.Update(g);
+    rig.general.Modify([](GeneralValues& g) {
+        g.TemperatureGain = 0.1f;  // channel 7 reading 250: 25.0 C
+        g.TemperatureOffset = 0.0f;
+    });
     rig.Stamp(Msg(MsgAnalog, 36, {{26, 250}}));
     rig.Stamp(Msg(MsgPressure, 76, {{12, 14514700, 4}, {24, 1, 4}}));  // 1000 bars
     SonarMessage t = rig.Stamp(Trace());
@@ -132,9 +118,7 @@ TEST(SegyDataProcessor, MarksChannelsAndAntennaFields) {
 
 TEST(SegyDataProcessor, PlaybackRebuildsAttitudeAndAppliesTheBiasAgain) {
     StampingRig rig;
-    GeneralValues g;
-    g.PitchBias = 10.0f;
-    rig.general.Update(g);
+    rig.general.Modify([](GeneralValues& g) { g.PitchBias = 10.0f; });
     auto played = [] {
         return Trace(0, 0,
                      {{F::ValidityFlags, 0x20},
@@ -154,28 +138,24 @@ TEST(SegyDataProcessor, OnlyTheChosenSentenceMovesThePosition) {
     const char* gll = "$GPGLL,5030.5000,N,00415.2500,w,120000.00,A";
     const char* gga = "$GPGGA,120000.00,5030.5000,S,00415.2500,W,1,08,0.9,10.0,M,,,,";
     const char* rmc = "$GPRMC,120000,A,5030.5000,n,00415.2500,w,5.5,54.7,290224,,";
-    struct Case {
-        std::int32_t latLon;
-        const char* sentence;
-        std::int32_t y, x, status;
-    };
-    const Case cases[] = {
-        {1, gll, 30305000, 2552500, 2},    // GLL's "w" is not honoured
-        {2, gga, -30305000, -2552500, 2},  //
-        {0, rmc, 30305000, -2552500, 2},   // RMC's letters are folded to upper case
-        {1, gga, 0, 0, 1},                 // data but no position: "GPS:NoLL"
-    };
-    for (const Case& c : cases) {
+    const std::tuple<std::int32_t, const char*, std::int32_t, std::int32_t, std::int32_t> cases[] =
+        {
+            {1, gll, 30305000, 2552500, 2},    // GLL's "w" is not honoured
+            {2, gga, -30305000, -2552500, 2},  //
+            {0, rmc, 30305000, -2552500, 2},   // RMC's letters are folded to upper case
+            {1, gga, 0, 0, 1},                 // data but no position: "GPS:NoLL"
+        };
+    for (const auto& [latLon, sentence, y, x, status] : cases) {
         StampingRig rig;
         NavigationConfig nav;
-        nav.latLonSource = c.latLon;
+        nav.latLonSource = latLon;
         rig.navStore.Set(nav);
-        rig.Stamp(Nmea(c.sentence));
+        rig.Stamp(Nmea(sentence));
         const SonarMessage t = rig.Stamp(Trace());
-        EXPECT_EQ(Field(t, F::GroupCoordY), c.y) << c.sentence;
-        EXPECT_EQ(Field(t, F::GroupCoordX), c.x) << c.sentence;
+        EXPECT_EQ(Field(t, F::GroupCoordY), y) << sentence;
+        EXPECT_EQ(Field(t, F::GroupCoordX), x) << sentence;
         EXPECT_EQ(Field(t, F::NMEAYear), 0) << "ZDA chosen and absent: no time";
-        EXPECT_EQ(rig.processor.getNavStatus(), c.status) << c.sentence;
+        EXPECT_EQ(rig.processor.getNavStatus(), status) << sentence;
     }
 }
 

@@ -2,13 +2,10 @@
 // `halvo-hsf dump --stamp` with a settings file, and the stamped headers read back as JSON.
 
 #include <gtest/gtest.h>
-#include <sys/wait.h>
 
-#include <cstdio>
 #include <fstream>
-#include <nlohmann/json.hpp>
-#include <sstream>
 
+#include "HsfTool.h"
 #include "app/TempWorkDir.h"
 #include "dsp/StampingRig.h"
 #include "storage/HsfTestWriter.h"
@@ -19,9 +16,8 @@ namespace {
 using Json = nlohmann::json;
 using test::kNoon;
 
-struct ToolRun {
-    int status = -1;
-    std::vector<Json> lines, traces;
+struct DumpRun : test::ToolRun {
+    std::vector<Json> traces;
 };
 
 class StampDump : public test::TempWorkDir {
@@ -43,21 +39,10 @@ class StampDump : public test::TempWorkDir {
         w.Add(HsfTestWriter::MakeTrace(s));
         ASSERT_TRUE(w.Save("line.hsf"));
     }
-    static ToolRun Dump(const std::string& args) {
-        ToolRun r;
-        const std::string cmd =
-            std::string(HALVO_HSF_BIN) + " dump --json " + args + " 2>/dev/null";
-        FILE* p = ::popen(cmd.c_str(), "r");
-        if (!p) return r;
-        std::string out;
-        char buf[4096];
-        for (std::size_t n; (n = std::fread(buf, 1, sizeof buf, p)) > 0;) out.append(buf, n);
-        const int raw = ::pclose(p);
-        r.status = WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
-        std::istringstream in(out);
-        for (std::string line; std::getline(in, line);) {
-            r.lines.push_back(Json::parse(line, nullptr, false));
-            if (r.lines.back().contains("trace")) r.traces.push_back(r.lines.back()["trace"]);
+    static DumpRun Dump(const std::string& args) {
+        DumpRun r{test::RunHsf("dump --json " + args), {}};
+        for (const Json& l : r.lines) {
+            if (l.contains("trace")) r.traces.push_back(l["trace"]);
         }
         return r;
     }
@@ -67,7 +52,7 @@ TEST_F(StampDump, StampsNavigationAndSensorsAsPlaybackWould) {
     std::ofstream("survey.Hni") << "[General]\nPitchBias=10.0\nGPSFlags=16\n"
                                    "[Nav]\nLatLonSource=1\nTimeSource=0\n"
                                    "[SBSonar1]\nSubsystemChannelOffset=8\n";
-    const ToolRun r = Dump("--stamp --settings survey.Hni line.hsf");
+    const DumpRun r = Dump("--stamp --settings survey.Hni line.hsf");
     ASSERT_EQ(r.status, 0);
     ASSERT_EQ(r.traces.size(), 3u);
     const Json& t = r.traces[0];
@@ -95,7 +80,7 @@ TEST_F(StampDump, StampsNavigationAndSensorsAsPlaybackWould) {
 
 TEST_F(StampDump, WithoutReparseDataTheSensorsAreHidden) {
     std::ofstream("survey.Hni") << "[Storage]\nFlags=0\n";
-    const ToolRun r = Dump("--stamp --settings survey.Hni line.hsf");
+    const DumpRun r = Dump("--stamp --settings survey.Hni line.hsf");
     ASSERT_EQ(r.status, 0);
     ASSERT_EQ(r.traces.size(), 3u);
     for (int i = 0; i < 5; ++i) EXPECT_EQ(r.lines[i]["type"], MsgAlive) << i;
@@ -107,7 +92,7 @@ TEST_F(StampDump, SettingsNeedStampAndAnExistingFile) {
     std::ofstream("survey.Hni") << "[General]\n";
     EXPECT_EQ(Dump("--settings survey.Hni line.hsf").status, 2);
     EXPECT_EQ(Dump("--stamp --settings missing.Hni line.hsf").status, 2);
-    const ToolRun r = Dump("--stamp line.hsf");  // built-in defaults: GLL position, no bias
+    const DumpRun r = Dump("--stamp line.hsf");  // built-in defaults: GLL position, no bias
     ASSERT_EQ(r.traces.size(), 3u);
     EXPECT_EQ(r.traces[0]["Group CoordY"], 30305000);
     EXPECT_EQ(r.traces[0]["Pitch 180 Degrees / 32768"], 1000);

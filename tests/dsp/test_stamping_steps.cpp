@@ -1,7 +1,10 @@
-// The arithmetic of the stamping steps against values worked out by hand, and the seawater
-// density against the check values published with the UNESCO 1980 equation of state of seawater.
+// The arithmetic of the stamping steps against values worked out by hand, the seawater density
+// against the check values published with the UNESCO 1980 equation of state of seawater, and the
+// position, time, speed and attitude texts built from a trace header.
 
 #include <gtest/gtest.h>
+
+#include <tuple>
 
 #include <cmath>
 
@@ -9,6 +12,7 @@
 #include "dsp/SeawaterDepth.h"
 #include "dsp/TraceStampSteps.h"
 #include "nav/NavigationSnapshot.h"
+#include "nav/NavigationText.h"
 
 namespace halvo {
 namespace {
@@ -16,18 +20,25 @@ namespace {
 using namespace stamping;
 using F = TraceField;
 
+// A bare trace header with chosen fields.
+struct Header {
+    Header& Set(F f, std::int32_t v) {
+        TraceHeaderView(m.Payload()).SetInt(f, v);
+        return *this;
+    }
+    ConstTraceHeaderView View() const { return ConstTraceHeaderView(m.Payload()); }
+    std::int32_t Get(F f) const { return View().GetInt(f); }
+    SonarMessage m = SonarMessage::Build(80, 2, 0, 0, 240);
+};
+
 TEST(StampingSteps, BiasIsRemovedAndTheAngleWrapsOnceAtPlusMinus180) {
-    struct Case {
-        std::int32_t raw;
-        double bias, degrees;
-    };
-    const Case cases[] = {
+    const std::tuple<std::int32_t, double, double> cases[] = {
         {-31856, 10.0, 175.0}, {31856, -10.0, -175.0},
         {32767, 0.0, 180.0},   {-32768, 0.0, 179.99},  // just below -180 wraps to just below +180
         {0, 30.0, -30.0},
     };
-    for (const Case& c : cases) {
-        EXPECT_NEAR(BiasedAngle(c.raw, c.bias) * 180.0 / 32767.0, c.degrees, 0.011) << c.raw;
+    for (const auto& [raw, bias, degrees] : cases) {
+        EXPECT_NEAR(BiasedAngle(raw, bias) * 180.0 / 32767.0, degrees, 0.011) << raw;
     }
     EXPECT_EQ(BiasedAngle(0, 1e300), -2147483647 - 1);  // a wild bias saturates
     EXPECT_EQ(BiasedAngle(0, std::nan("")), 0);
@@ -89,14 +100,14 @@ TEST(StampingSteps, NavigationHemispheresAndLayback) {
         NavigationSnapshot s;
         s.latDegrees = 50, s.latMinutes = 30.5f, s.latHemisphere = l[0];
         s.lonDegrees = 4, s.lonMinutes = 15.25f, s.lonHemisphere = l[1];
-        SonarMessage m = SonarMessage::Build(80, 2, 0, 0, 240);
-        TraceHeaderView th(m.Payload());
+        Header h;
+        TraceHeaderView th(h.m.Payload());
         StampNavigation(th, s);
         const int signY = l[0] == 'N' ? 1 : -1, signX = l[1] == 'W' ? -1 : 1;  // not "w"
-        EXPECT_EQ(th.GetInt(F::SourceCoordY), signY * 181830) << l[0];
-        EXPECT_EQ(th.GetInt(F::GroupCoordY), signY * 30305000) << l[0];
-        EXPECT_EQ(th.GetInt(F::SourceCoordX), signX * 15315) << l[1];
-        EXPECT_EQ(th.GetInt(F::GroupCoordX), signX * 2552500) << l[1];
+        EXPECT_EQ(h.Get(F::SourceCoordY), signY * 181830) << l[0];
+        EXPECT_EQ(h.Get(F::GroupCoordY), signY * 30305000) << l[0];
+        EXPECT_EQ(h.Get(F::SourceCoordX), signX * 15315) << l[1];
+        EXPECT_EQ(h.Get(F::GroupCoordX), signX * 2552500) << l[1];
     }
     // 10 m is 53.996 units; at 50.508 deg a longitude offset widens by 1 / cos: 84.90. The sum
     // is truncated, not the offset.
@@ -107,17 +118,62 @@ TEST(StampingSteps, NavigationHemispheresAndLayback) {
         {0x11, 1000, 0, 0, -85, 0},
     };
     for (const auto& c : layback) {
-        SonarMessage m = SonarMessage::Build(80, 2, 0, 0, 240);
-        TraceHeaderView th(m.Payload());
-        th.SetInt(F::GroupCoordX, 2552500);
-        th.SetInt(F::GroupCoordY, 30305000);
-        th.SetInt(F::NMEAAntennaeO, c[1]);
-        th.SetInt(F::NMEAAntennaeR, c[2]);
-        th.SetInt(F::NMEACourse, c[3]);
+        Header h;
+        h.Set(F::GroupCoordX, 2552500).Set(F::GroupCoordY, 30305000).Set(F::NMEAAntennaeO, c[1]);
+        h.Set(F::NMEAAntennaeR, c[2]).Set(F::NMEACourse, c[3]);
+        TraceHeaderView th(h.m.Payload());
         StampLayback(th, static_cast<std::int16_t>(c[0]));
-        EXPECT_EQ(th.GetInt(F::SourceCoordX) - 2552500, c[4]) << c[3];
-        EXPECT_EQ(th.GetInt(F::SourceCoordY) - 30305000, c[5]) << c[3];
+        EXPECT_EQ(h.Get(F::SourceCoordX) - 2552500, c[4]) << c[3];
+        EXPECT_EQ(h.Get(F::SourceCoordY) - 30305000, c[5]) << c[3];
     }
+}
+
+TEST(NavigationText, PositionAndItsAnnotationByCoordUnits) {
+    Header h;
+    h.Set(F::GroupCoordY, 30305000).Set(F::GroupCoordX, -2552500).Set(F::NMEAAntennaeR, 1000);
+    EXPECT_EQ(PositionText(h.View(), 0), "50:30.5000 N 4:15.2500 W");
+    // 10 m back heading north is 53.996 units south, truncated with the coordinate.
+    EXPECT_EQ(PositionText(h.View(), 1), "50:30.4946 N 4:15.2500 W");
+    const char* annotation[] = {"(No Nav)", "(X -2552 Y 30305)", "50:30.5000 N 4:15.2500 W",
+                                "(X -255250 Y 3030500)", "(No Nav)"};
+    for (int units = 0; units < 5; ++units) {
+        h.Set(F::CoordUnits, units);
+        EXPECT_EQ(PositionAnnotationText(h.View(), 0), annotation[units]);
+    }
+    Header south;
+    south.Set(F::GroupCoordY, -6052500).Set(F::GroupCoordX, 108000000);
+    EXPECT_EQ(PositionText(south.View(), 0), "10:05.2500 S 180:00.0000 E");
+}
+
+TEST(NavigationText, TimeWithALeapDayEveryFourthYear) {
+    const std::tuple<std::int32_t, std::int32_t, const char*> cases[] = {
+        {60, 2024, "(12:34:56 02/29/24)"},
+        {60, 2023, "(12:34:56 03/01/23)"},
+        {60, 1900, "(12:34:56 02/29/00)"},
+        {366, 2024, "(12:34:56 12/31/24)"},
+        {0, 0, "(01:02:03)"},  // no navigation year: the header's own time
+    };
+    for (const auto& [day, year, text] : cases) {
+        Header h;
+        h.Set(F::NMEAHour, 12).Set(F::NMEAMinute, 34).Set(F::NMEASecond, 56);
+        h.Set(F::NMEADay, day).Set(F::NMEAYear, year);
+        h.Set(F::Hour, 1).Set(F::Minute, 2).Set(F::Second, 3);
+        EXPECT_EQ(TimeText(h.View()), text);
+    }
+    EXPECT_EQ(MonthDayOf(400, 2023).month, 12);  // past the year's end stays in December
+}
+
+TEST(NavigationText, SpeedCourseAndAttitude) {
+    Header h;
+    h.Set(F::NMEASpeed, 55).Set(F::NMEACourse, 270);
+    EXPECT_EQ(SpeedCourseText(h.View()), "(5.5kt 270d)");
+    h.Set(F::Pitch, 16384).Set(F::Roll, -8192).Set(F::HeaveCompensationSamples, 10);
+    h.Set(F::Heading, 4500).Set(F::SampleIntervalNS, 40000);
+    EXPECT_EQ(AttitudeText(h.View(), 1500), "No Pitch Roll");  // attitude bit not set
+    h.Set(F::ValidityFlags, 0x20);
+    EXPECT_EQ(AttitudeText(h.View(), 1500), "P 90.00 R -45.00 H  0.300 C 45.0");
+    h.Set(F::SampleIntervalNS, 0);
+    EXPECT_EQ(AttitudeText(h.View(), 1500), "No Pitch Roll");
 }
 
 }  // namespace

@@ -19,18 +19,20 @@
 #include "nav/NavigationConfig.h"
 #include "nav/NavigationInput.h"
 #include "platform/FakeParallelPort.h"
+#include "platform/PtyPair.h"
 
 namespace halvo::test {
 
-// Keeps a copy of every message 2002 delivered, with its source.
-class NmeaCollector final : public MessageObserver {
+// Keeps a copy of every message of one type delivered, with its source.
+class MessageCollector final : public MessageObserver {
   public:
     struct Seen {
         SonarMessage message;
         int source = 0;
     };
+    explicit MessageCollector(std::uint16_t type = MsgNmea) : type_(type) {}
     void DeliverMessage(SonarMessage* m, int source, std::uint32_t) override {
-        if (!m || m->type() != MsgNmea) return;
+        if (!m || m->type() != type_) return;
         std::lock_guard lock(mutex_);
         seen_.push_back({m->Clone(), source});
     }
@@ -44,6 +46,7 @@ class NmeaCollector final : public MessageObserver {
     }
 
   private:
+    const std::uint16_t type_;
     mutable std::mutex mutex_;
     std::vector<Seen> seen_;
 };
@@ -63,14 +66,17 @@ struct SerialInputRig {
 
     void EnablePort(int index, const std::string& device, int baud = 4800) {
         NavigationConfig c = store.Get();
-        c.ports[index].enable = 1;
-        c.ports[index].port = index + 1;
-        c.ports[index].baud = baud;
-        c.ports[index].device = device;
+        c.ports[index] = {baud, index + 1, 1, device};
         store.Set(c);
     }
+    // Enables one port, starts the readers and waits for the port to open.
+    bool StartOn(int index, const std::string& device, int baud = 4800) {
+        EnablePort(index, device, baud);
+        input.Start();
+        return WaitFor([&] { return input.Input(index).isOpen(); });
+    }
 
-    NmeaCollector collector;
+    MessageCollector collector;
     RunFlag run;
     AcquireFilter filter;
     MessageProcessor bus{"data", run, filter, SystemUtcSeconds};

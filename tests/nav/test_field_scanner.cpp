@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "nav/FieldScanner.h"
@@ -9,77 +10,45 @@ namespace halvo {
 namespace {
 
 TEST(FieldScanner, NumbersLikeTheirConversions) {
-    struct {
-        std::string_view in;
-        bool ok;
-        double value;
-        std::string_view rest;
-    } reals[] = {
-        {"5119.881", true, 5119.881, ""},
-        {"  -1.5E2x", true, -150, "x"},
-        {"+.5,", true, 0.5, ","},
-        {"7.", true, 7, ""},
-        {"1e", true, 1, "e"},
-        {"1e+", true, 1, "e+"},
-        {"", false, 0, ""},
-        {".", false, 0, ""},
-        {"-", false, 0, ""},
-        {"N", false, 0, ""},
-        {"nan", false, 0, ""},
-        {"inf", false, 0, ""},
-        {"1e999", false, 0, ""},
-        {"0x10", true, 0, "x10"},
-    };
-    for (const auto& c : reals) {
-        std::string_view in = c.in;
+    const std::tuple<std::string_view, double, std::string_view> reals[] = {
+        {"5119.881", 5119.881, ""},
+        {"  -1.5E2x", -150, "x"},
+        {"+.5,", 0.5, ","},
+        {"7.", 7, ""},
+        {"1e", 1, "e"},
+        {"1e+", 1, "e+"},
+        {"0x10", 0, "x10"}};
+    for (const auto& [text, value, rest] : reals) {
+        std::string_view in = text;
         double v = -1;
-        EXPECT_EQ(ScanDouble(in, v), c.ok) << c.in;
-        if (c.ok) {
-            EXPECT_DOUBLE_EQ(v, c.value) << c.in;
-            EXPECT_EQ(in, c.rest) << c.in;
-        } else {
-            EXPECT_EQ(in, c.in) << "a failed scan consumes nothing";
+        ASSERT_TRUE(ScanDouble(in, v)) << text;
+        EXPECT_DOUBLE_EQ(v, value) << text;
+        EXPECT_EQ(in, rest) << text;
+    }
+    for (std::string_view text : {"", ".", "-", "N", "nan", "inf", "1e999"}) {
+        std::string_view in = text;
+        double v = -1;
+        EXPECT_FALSE(ScanDouble(in, v)) << text;
+        EXPECT_EQ(in, text) << "a failed scan consumes nothing";
+    }
+    // Fixed base, and "%2i" where a leading zero means octal and "0x" hex.
+    const std::tuple<std::string_view, int, bool, bool, int, std::string_view> ints[] = {
+        {"094739", 2, false, true, 9, "4739"},  {"-05", 2, false, true, 0, "5"},
+        {"+7", 2, false, true, 7, ""},          {" 12", 2, false, true, 12, ""},
+        {"-", 2, false, false, 0, ""},          {"2147483647", 0, false, true, 2147483647, ""},
+        {"2147483648", 0, false, false, 0, ""}, {"x1", 0, false, false, 0, ""},
+        {"2018,", 4, false, true, 2018, ","},   {"12", 2, true, true, 12, ""},
+        {"08", 2, true, true, 0, "8"},          {"07", 2, true, true, 7, ""},
+        {"0x1f", 2, true, true, 0, "x1f"},      {"0x1f", 4, true, true, 31, ""}};
+    for (const auto& [text, width, autoBase, ok, value, rest] : ints) {
+        SCOPED_TRACE(text);
+        std::string_view in = text;
+        int v = -1;
+        EXPECT_EQ(autoBase ? ScanAutoInt(in, v, width) : ScanInt(in, v, width), ok);
+        if (ok) {
+            EXPECT_EQ(std::tie(v, in), std::tie(value, rest));
         }
     }
-    struct {
-        std::string_view in;
-        int width;
-        bool ok;
-        int value;
-        std::string_view rest;
-    } ints[] = {
-        {"094739", 2, true, 9, "4739"},  {"-05", 2, true, 0, "5"},
-        {"+7", 2, true, 7, ""},          {" 12", 2, true, 12, ""},
-        {"-", 2, false, 0, ""},          {"2147483647", 0, true, 2147483647, ""},
-        {"2147483648", 0, false, 0, ""}, {"x1", 0, false, 0, ""},
-        {"2018,", 4, true, 2018, ","},
-    };
-    for (const auto& c : ints) {
-        std::string_view in = c.in;
-        int v = -1;
-        EXPECT_EQ(ScanInt(in, v, c.width), c.ok) << c.in;
-        if (c.ok) {
-            EXPECT_EQ(v, c.value) << c.in;
-            EXPECT_EQ(in, c.rest) << c.in;
-        }
-    }
-    // "%2i": a leading zero means octal, "0x" hex.
-    struct {
-        std::string_view in;
-        int value;
-        std::string_view rest;
-    } autos[] = {{"12", 12, ""}, {"08", 0, "8"}, {"07", 7, ""}, {"0x1f", 0, "x1f"}};
-    for (const auto& c : autos) {
-        std::string_view in = c.in;
-        int v = -1;
-        ASSERT_TRUE(ScanAutoInt(in, v, 2)) << c.in;
-        EXPECT_EQ(v, c.value) << c.in;
-        EXPECT_EQ(in, c.rest) << c.in;
-    }
-    std::string_view hex = "0x1f";
-    int v = 0;
-    ASSERT_TRUE(ScanAutoInt(hex, v, 4));
-    EXPECT_EQ(v, 31);
 }
 
 TEST(FieldScanner, ClockNeedsAllThreeParts) {

@@ -18,12 +18,8 @@ class NavigationConfigTest : public test::TempWorkDir {
 
 TEST_F(NavigationConfigTest, RoundTripsEveryKeyButTheDiagnosticSwitch) {
     NavigationConfig c;
-    c.tsEnable = 1;
-    c.tsBias = -250;
-    c.tsScopeOutEnable = 1;
-    c.tsScopeOutPort = 0x378;
-    c.latLonSource = NavigationConfig::LatLonGga;
-    c.timeSource = NavigationConfig::TimeRmc;
+    c.tsEnable = 1, c.tsBias = -250, c.tsScopeOutEnable = 1, c.tsScopeOutPort = 0x378;
+    c.latLonSource = NavigationConfig::LatLonGga, c.timeSource = NavigationConfig::TimeRmc;
     c.ports[1] = {9600, 7, 1, "/tmp/pty-a"};
     c.ports[2] = {115200, 3, 0, ""};
     c.Save(coordinator_);

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
+
 #include <stdlib.h>
+#include <tuple>
 
 #include <chrono>
 #include <filesystem>
@@ -9,7 +11,6 @@
 #include "core/SensorPayloads.h"
 #include "nav/DiagnosticPulse.h"
 #include "nav/SerialInputRig.h"
-#include "platform/PtyPair.h"
 
 namespace halvo {
 namespace {
@@ -19,26 +20,28 @@ using test::SerialInputRig;
 using test::WaitFor;
 using namespace std::chrono_literals;
 
-TEST(NavigationInput, PostsEachLineAsStampedMessage2002WithSource4) {
+TEST(NavigationInput, PostsEachLineAsStampedMessage2002WithSource4AndPulses) {
     const std::string sent = "$GPGLL,5741.4000,N,01148.0000,E*4A\r\n";
     const std::string line = "$GPGLL,5741.4000,N,01148.0000,E*4A\n";
     for (int index : {0, 2}) {
         SerialInputRig rig;
         PtyPair pty;
-        rig.EnablePort(index, pty.path());
-        rig.input.Start();
-        ASSERT_TRUE(WaitFor([&] { return rig.input.Input(index).isOpen(); }));
-        ASSERT_TRUE(pty.Write(sent));
-        ASSERT_TRUE(WaitFor([&] { return rig.collector.Count() == 1; }));
+        NavigationConfig c = rig.store.Get();
+        c.tsScopeOutEnable = 1, c.tsScopeOutPort = 0x3BC;
+        rig.store.Set(c);
+        ASSERT_TRUE(rig.StartOn(index, pty.path()));
+        ASSERT_TRUE(pty.Write(sent + "X\n" + sent));  // the short line is no line: no pulse
+        ASSERT_TRUE(WaitFor([&] { return rig.collector.Count() == 2; }));
+        EXPECT_EQ(rig.input.LinesPosted(index), 2u);
+        // The scope port is prepared once, then pulsed once per line.
+        EXPECT_EQ(rig.parallel.Writes().size(), 5u);
 
         auto seen = rig.collector.Take();
         const SonarMessage& m = seen[0].message;
         EXPECT_EQ(seen[0].source, SourceSerial);
         EXPECT_EQ(m.marker(), kMessageMarker);
-        EXPECT_EQ(m.version(), 13);
-        EXPECT_EQ(m.direction(), 2);
-        EXPECT_EQ(m.subsystem(), 100);
-        EXPECT_EQ(m.channel(), index);
+        EXPECT_EQ((std::vector<int>{m.version(), m.direction(), m.subsystem(), m.channel()}),
+                  (std::vector<int>{13, 2, 100, index}));
         EXPECT_EQ(m.size(), static_cast<std::int32_t>(line.size() + 13));
         const auto p = m.Payload();
         EXPECT_EQ(GetLE<std::int32_t>(p, 0), SerialInputRig::kNow.seconds);
@@ -48,7 +51,6 @@ TEST(NavigationInput, PostsEachLineAsStampedMessage2002WithSource4) {
         const auto reading = ReadNmea(p);
         ASSERT_TRUE(reading.has_value());
         EXPECT_EQ(reading->text, line);
-        EXPECT_EQ(rig.input.LinesPosted(index), 1u);
     }
 }
 
@@ -80,9 +82,7 @@ TEST(NavigationInput, PlaybackClosesThePortsAndHoldsBackNewOnes) {
     SerialInputRig rig;
     PtyPair first;
     PtyPair second;
-    rig.EnablePort(0, first.path());
-    rig.input.Start();
-    ASSERT_TRUE(WaitFor([&] { return rig.input.Input(0).isOpen(); }));
+    ASSERT_TRUE(rig.StartOn(0, first.path()));
 
     rig.playback = true;
     ASSERT_TRUE(WaitFor([&] { return !rig.input.Input(0).isOpen(); }));
@@ -105,64 +105,41 @@ TEST(NavigationInput, PlaybackClosesThePortsAndHoldsBackNewOnes) {
     }
 }
 
-TEST(NavigationInput, BadBaudRunsAt2400AndSettingChangesDoNotReopen) {
-    SerialInputRig rig;
-    PtyPair pty;
-    rig.EnablePort(0, pty.path(), 4000);
-    rig.input.Start();
-    ASSERT_TRUE(WaitFor([&] { return rig.input.Input(0).isOpen(); }));
-    EXPECT_EQ(rig.input.Input(0).baud(), 2400);
-    EXPECT_EQ(pty.InputSpeed(), static_cast<speed_t>(B2400));
-    ASSERT_TRUE(pty.Write("$GPVTG,1\n"));
-    ASSERT_TRUE(WaitFor([&] { return rig.input.LinesPosted(0) == 1; }));
-
-    NavigationConfig c = rig.store.Get();
-    c.tsBias = 40;
-    rig.store.Set(c);
-    std::this_thread::sleep_for(100ms);
-    // Still the same open line: a reopen would have cleared the byte count.
-    EXPECT_EQ(rig.input.Input(0).bytesReceived(), 9);
-    EXPECT_EQ(rig.input.Input(0).baud(), 2400);
-}
-
 TEST(NavigationInput, RefusedMessageIsDroppedNotRetried) {
     SerialInputRig rig(/*startBus=*/false);
     PtyPair pty;
-    rig.EnablePort(0, pty.path());
-    rig.input.Start();
-    ASSERT_TRUE(WaitFor([&] { return rig.input.Input(0).isOpen(); }));
+    ASSERT_TRUE(rig.StartOn(0, pty.path()));
     ASSERT_TRUE(pty.Write("$GPGLL,1\n$GPGLL,2\n"));
     ASSERT_TRUE(WaitFor([&] { return rig.input.LinesDropped(0) == 2; }));
     EXPECT_EQ(rig.input.LinesPosted(0), 0u);
 }
 
-TEST(NavigationInput, StatusTextPerEnabledPortAndClockError) {
+TEST(NavigationInput, StatusTextBadBaudAndChangesThatDoNotReopen) {
     SerialInputRig rig;
     PtyPair pty;
-    rig.EnablePort(0, pty.path());
     rig.EnablePort(2, "/tmp/halvo-no-such-serial-device");
-    rig.input.Start();
-    ASSERT_TRUE(WaitFor([&] { return rig.input.Input(0).isOpen(); }));
+    ASSERT_TRUE(rig.StartOn(0, pty.path(), 4000));
+    EXPECT_EQ(rig.input.Input(0).baud(), 2400);  // not a listed rate
+    EXPECT_EQ(pty.InputSpeed(), static_cast<speed_t>(B2400));
     ASSERT_TRUE(pty.Write("$GPGLL,1\n"));
     ASSERT_TRUE(WaitFor([&] { return rig.input.LinesPosted(0) == 1; }));
-    EXPECT_EQ(rig.input.StatusText(), "[Bytes=9 OF=0] [Cannot Open Port] ");
+    const std::string ports = "[Bytes=9 OF=0] [Cannot Open Port] ";
+    EXPECT_EQ(rig.input.StatusText(), ports);
 
+    // Other settings change on the open line: a reopen would clear the byte count.
     NavigationConfig c = rig.store.Get();
     c.tsEnable = 1;
+    c.tsBias = 40;
     rig.store.Set(c);
-    struct Case {
-        std::int32_t current;
-        double average;
-        const char* tail;
-    };
-    const Case cases[] = {
+    std::this_thread::sleep_for(100ms);
+    EXPECT_EQ(rig.input.Input(0).baud(), 2400);
+    const std::tuple<std::int32_t, double, const char*> cases[] = {
         {12, 3.9, "[Time(Cur=12 Avg=3)] "},
         {-7, -3.9, "[Time(Cur=-7 Avg=-3)] "},
         {0, 1e300, "[Time(Cur=0 Avg=2147483647)] "},
     };
-    for (const Case& k : cases) {
-        EXPECT_EQ(rig.input.StatusText(k.current, k.average),
-                  std::string("[Bytes=9 OF=0] [Cannot Open Port] ") + k.tail);
+    for (const auto& [current, average, tail] : cases) {
+        EXPECT_EQ(rig.input.StatusText(current, average), ports + tail);
     }
 }
 
@@ -183,21 +160,6 @@ TEST(DiagnosticPulse, PreparesEachNewAddressThenPulses) {
                                      W(0x378, 0x0F), W(0x378, 0xF0), W(0x27A, 0x00),
                                      W(0x278, 0x0F), W(0x278, 0xF0)};
     EXPECT_EQ(port.Writes(), expected);
-}
-
-TEST(NavigationInput, PulsesOncePerLineWhenEnabled) {
-    SerialInputRig rig;
-    PtyPair pty;
-    NavigationConfig c = rig.store.Get();
-    c.tsScopeOutEnable = 1;
-    c.tsScopeOutPort = 0x3BC;
-    rig.store.Set(c);
-    rig.EnablePort(0, pty.path());
-    rig.input.Start();
-    ASSERT_TRUE(WaitFor([&] { return rig.input.Input(0).isOpen(); }));
-    ASSERT_TRUE(pty.Write("$GPGLL,1\nX\n$GPGLL,2\n"));  // the short line gives no pulse
-    ASSERT_TRUE(WaitFor([&] { return rig.input.LinesPosted(0) == 2; }));
-    EXPECT_EQ(rig.parallel.Writes().size(), 5u);
 }
 
 }  // namespace

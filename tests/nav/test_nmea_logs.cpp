@@ -11,6 +11,7 @@
 #include <map>
 #include <sstream>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "core/ByteOrder.h"
@@ -105,35 +106,22 @@ TEST(NmeaLogs, ValuesLandWhereTheLogSays) {
     // $GNGGA,003956.00,4552.65403,S,17030.00668,E,...
     ASSERT_TRUE(p.ParseSentence(first("ublox-zed-f9p-nmea.log", "$GNGGA"), 1, 0));
     const LatLonRecord& g = p.Fix().gga;
-    EXPECT_EQ(g.hour, 0);
-    EXPECT_EQ(g.minute, 39);
-    EXPECT_FLOAT_EQ(g.second, 56.0f);
-    EXPECT_EQ(g.latDegrees, 45);
+    EXPECT_EQ(std::tie(g.hour, g.minute, g.second, g.latDegrees, g.latHemisphere, g.lonDegrees),
+              std::make_tuple(0, 39, 56.0f, 45, 'S', 170));
     EXPECT_NEAR(g.latMinutes, 52.65403, 1e-4);
-    EXPECT_EQ(g.latHemisphere, 'S');
-    EXPECT_EQ(g.lonDegrees, 170);
     EXPECT_NEAR(g.lonMinutes, 30.00668, 1e-4);
 
     // $INZDA,194104,16,09,2006,-05,00 (a two-wide zone field reads "-0")
     ASSERT_TRUE(p.ParseSentence(first("humminbird-M37.log", "$INZDA"), 2, 0));
     const ZdaRecord& z = p.Fix().zda;
-    EXPECT_EQ(z.hour, 19);
-    EXPECT_EQ(z.minute, 41);
-    EXPECT_EQ(z.day, 16);
-    EXPECT_EQ(z.month, 9);
-    EXPECT_EQ(z.year, 2006);
-    EXPECT_EQ(z.zoneHours, 0);
+    EXPECT_EQ(std::tie(z.hour, z.minute, z.day, z.month, z.year, z.zoneHours),
+              std::make_tuple(19, 41, 16, 9, 2006, 0));
 
     // $GPRMC,130711.00,A,5012.790800,N,00806.879600,W,0.5,3.0,010611,,A
     ASSERT_TRUE(p.ParseSentence(first("saab-r4.log", "$GPRMC"), 3, 0));
     const RmcRecord& r = p.Fix().rmc;
-    EXPECT_EQ(r.hour, 13);
-    EXPECT_DOUBLE_EQ(r.longitude, 806.8796);
-    EXPECT_EQ(r.lonHemisphere, 'W');
-    EXPECT_FLOAT_EQ(r.course, 3.0f);
-    EXPECT_EQ(r.day, 1);
-    EXPECT_EQ(r.month, 6);
-    EXPECT_EQ(r.year, 11);
+    EXPECT_EQ(std::tie(r.hour, r.longitude, r.lonHemisphere, r.course, r.day, r.month, r.year),
+              std::make_tuple(13, 806.8796, 'W', 3.0f, 1, 6, 11));
 
     // $ECGLL,5119.881,N,00125.169,E,164326,A,D
     ASSERT_TRUE(p.ParseSentence(first("sounder.log", "$ECGLL"), 4, 0));

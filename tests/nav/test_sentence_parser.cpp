@@ -2,6 +2,7 @@
 
 #include <cstring>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "core/ByteOrder.h"
@@ -13,25 +14,10 @@ namespace {
 
 constexpr std::int32_t kSecond = 1534758459;
 
-struct Case {
-    std::string_view text;
-    SentenceKind kind;
-    bool accepted;
-};
-
-void ExpectAll(std::initializer_list<Case> cases) {
-    for (const Case& c : cases) {
-        SentenceParser p;
-        const SentenceResult r = p.ParseSentence(c.text, kSecond, 0);
-        EXPECT_EQ(r.kind, c.kind) << c.text;
-        EXPECT_EQ(r.accepted, c.accepted) << c.text;
-        EXPECT_EQ(p.History().At(0).Text().substr(0, 3), c.accepted ? "OK:" : "??:") << c.text;
-    }
-}
-
-TEST(SentenceParser, PositionSentencesAndTheirLimits) {
+TEST(SentenceParser, EachKindAcceptsOnlyWhatItCanRead) {
     using K = SentenceKind;
-    ExpectAll({
+    const std::tuple<std::string_view, SentenceKind, bool> cases[] = {
+
         {"$GPGLL,9000.0,N,18000.0,E", K::GLL, true},
         {"$XXGLL,0,s,0,w*00", K::GLL, true},
         {"$GPGLL,9000.1,N,18000.0,E", K::GLL, false},
@@ -52,102 +38,18 @@ TEST(SentenceParser, PositionSentencesAndTheirLimits) {
         {"GPGLL,4916.45,N,12311.12,W", K::None, false},
         {"$GP", K::None, false},
         {"$GPXYZ,1,2", K::None, false},
-    });
-}
 
-TEST(SentenceParser, TimeLimitsOfGll) {
-    struct {
-        std::string_view time;
-        int hour;
-    } cases[] = {{"240000", 24}, {"246000", 24},  {"245960", 24}, {"250000", 0},
-                 {"236100", 0},  {"235960.5", 0}, {"12", 0},      {"-10000", 0}};
-    for (const auto& c : cases) {
-        SentenceParser p;
-        const std::string s = "$GPGLL,4916.45,N,12311.12,W," + std::string(c.time);
-        ASSERT_TRUE(p.ParseSentence(s, kSecond, 0)) << s;
-        EXPECT_EQ(p.Fix().gll.hour, c.hour) << s;
-    }
-}
-
-TEST(SentenceParser, GllWritesAsItGoesOthersKeepALocalCopy) {
-    SentenceParser p;
-    ASSERT_TRUE(p.ParseSentence("$GPGLL,4916.45,N,12311.12,W,225444,A", 100, 0));
-    const LatLonRecord& g = p.Fix().gll;
-    EXPECT_EQ(g.latDegrees, 49);
-    EXPECT_NEAR(g.latMinutes, 16.45f, 1e-4);
-    EXPECT_EQ(g.lonDegrees, 123);
-    EXPECT_EQ(g.lonHemisphere, 'W');
-    EXPECT_EQ(g.hour, 22);
-    EXPECT_EQ(g.stamp, 100);
-    EXPECT_EQ(p.Fix().maskA, MaskGll);
-
-    // A refused GLL keeps the latitude it read before the bad hemisphere, but not its stamp.
-    EXPECT_FALSE(p.ParseSentence("$GPGLL,5000.00,X,12311.12,W", 200, 0));
-    EXPECT_EQ(g.latDegrees, 50);
-    EXPECT_EQ(g.latHemisphere, 'N');
-    EXPECT_EQ(g.stamp, 100);
-
-    ASSERT_TRUE(p.ParseSentence("$GPVTG,054.7,T,034.4,M,005.5,N,010.2,K", 300, 0));
-    EXPECT_FALSE(p.ParseSentence("$GPVTG,1,T,2,M,3,N", 400, 0));  // three pairs
-    EXPECT_FALSE(p.ParseSentence("$GPVTG,1,T,2,M,3,N,,K", 400, 0));
-    EXPECT_FLOAT_EQ(p.Fix().vtg.trueCourse, 54.7f);
-    EXPECT_FLOAT_EQ(p.Fix().vtg.speedKmh, 10.2f);
-    EXPECT_EQ(p.Fix().vtg.stamp, 300);
-    ASSERT_TRUE(p.ParseSentence("$GPVTG,9,K,8,N,7,M,6,T", 500, 0));  // any order
-    EXPECT_FLOAT_EQ(p.Fix().vtg.trueCourse, 6.0f);
-    EXPECT_FLOAT_EQ(p.Fix().vtg.speedKmh, 9.0f);
-}
-
-TEST(SentenceParser, ZdaYearRuleAndFields) {
-    struct {
-        std::string_view year;
-        bool accepted;
-        int stored;
-    } cases[] = {{"1990", true, 1990}, {"2100", true, 2100}, {"2101", false, 0}, {"1989", false, 0},
-                 {"94", true, 1994},   {"499", true, 2399},  {"500", false, 0},  {"14", true, 2014},
-                 {"0", true, 2000},    {"89", true, 2089},   {"-1", false, 0},   {"", false, 0}};
-    for (const auto& c : cases) {
-        SentenceParser p;
-        const std::string s = "$GPZDA,201530.50,04,07," + std::string(c.year) + ",-05,30";
-        EXPECT_EQ(bool(p.ParseSentence(s, kSecond, 0)), c.accepted) << s;
-        EXPECT_EQ(p.Fix().zda.year, c.stored) << s;
-    }
-    SentenceParser p;
-    ASSERT_TRUE(p.ParseSentence("$GPZDA,,32,7,2018,14,-60", kSecond, 0));
-    const ZdaRecord& z = p.Fix().zda;
-    EXPECT_EQ(z.hour, 0);
-    EXPECT_EQ(z.day, 0) << "day 32 is outside its limit";
-    EXPECT_EQ(z.month, 7);
-    EXPECT_EQ(z.zoneHours, 0);
-    EXPECT_EQ(z.zoneMinutes, -6) << "\"%2d\" reads -6 of -60, inside the limit";
-}
-
-TEST(SentenceParser, RmcEightFieldRule) {
-    using K = SentenceKind;
-    ExpectAll({
         {"$GPRMC,094739,A,5251.0073,N,00518.8130,E,5.7,229.9,200818,1.4,E,A*1E", K::RMC, true},
         {"$GPRMC,094739,A,5251.0073,N,00518.8130,E,5.7,229.9", K::RMC, true},
         {"$GPRMC,094739,A,5251.0073,N,00518.8130,E,5.7,229.9,xx,yy,", K::RMC, true},
         {"$GPRMC,094739,A,5251.0073,N,00518.8130,E,5.7,,200818", K::RMC, false},
         {"$GPRMC,0947,A,5251.0073,N,00518.8130,E,5.7,229.9,200818", K::RMC, false},
         {"$GPRMC,094739,,5251.0073,N,00518.8130,E,5.7,229.9,200818", K::RMC, false},
-    });
-    SentenceParser p;
-    EXPECT_FALSE(p.ParseSentence("$GNRMC,003956.00,A,4552.65403,S,17030.00668,E,0.010,,", 1, 0));
-    ASSERT_TRUE(
-        p.ParseSentence("$GPRMC,094739,A,5251.0073,N,00518.8130,E,5.7,229.9,200818,1.4,E", 1, 0));
-    const RmcRecord& r = p.Fix().rmc;
-    EXPECT_EQ(r.minute, 47);
-    EXPECT_DOUBLE_EQ(r.latitude, 5251.0073);
-    EXPECT_EQ(r.day, 20);
-    EXPECT_EQ(r.month, 8);
-    EXPECT_EQ(r.year, 18);
-    EXPECT_EQ(r.variationSide, 'E');
-}
+        {"$GNRMC,003956.00,A,4552.65403,S,17030.00668,E,0.010,,", K::RMC, false},
+        {"$GPVTG,054.7,T,034.4,M,005.5,N,010.2,K", K::VTG, true},
+        {"$GPVTG,1,T,2,M,3,N", K::VTG, false},  // three pairs
+        {"$GPVTG,1,T,2,M,3,N,,K", K::VTG, false},
 
-TEST(SentenceParser, OtherStandardSentences) {
-    using K = SentenceKind;
-    ExpectAll({
         {"$SDHDG,228.5,,,1.3,E*3A", K::HDG, true},
         {"$SDHDG,228.5,1,Q,1.3,E", K::HDG, false},
         {"$SDHDG,,,,1.3,E", K::HDG, false},
@@ -167,10 +69,61 @@ TEST(SentenceParser, OtherStandardSentences) {
         {"$GPEVT,,first", K::EVT, false},
         {"$GPEMA,12,first", K::EMA, true},
         {"$GPEMA,x,first", K::EMA, false},
-    });
+    };
+    for (const auto& [text, kind, accepted] : cases) {
+        SCOPED_TRACE(text);
+        SentenceParser p;
+        const SentenceResult r = p.ParseSentence(text, kSecond, 0);
+        EXPECT_EQ(r.kind, kind);
+        EXPECT_EQ(r.accepted, accepted);
+        EXPECT_EQ(p.History().At(0).Text().substr(0, 3), accepted ? "OK:" : "??:");
+    }
+}
+
+TEST(SentenceParser, TimeLimitsOfGll) {
+    const std::pair<std::string_view, int> cases[] = {
+        {"240000", 24}, {"246000", 24},  {"245960", 24}, {"250000", 0},
+        {"236100", 0},  {"235960.5", 0}, {"12", 0},      {"-10000", 0}};
+    for (const auto& [time, hour] : cases) {
+        SentenceParser p;
+        const std::string s = "$GPGLL,4916.45,N,12311.12,W," + std::string(time);
+        ASSERT_TRUE(p.ParseSentence(s, kSecond, 0)) << s;
+        EXPECT_EQ(p.Fix().gll.hour, hour) << s;
+    }
+}
+
+TEST(SentenceParser, FieldsLandInTheFixGllWritesAsItGoes) {
     SentenceParser p;
-    const std::string longField(100, 'z');
-    ASSERT_TRUE(p.ParseSentence("$GPEVT,B,a^2Cb," + longField + ",c*d,e", 1, 0));
+    ASSERT_TRUE(p.ParseSentence("$GPGLL,4916.45,N,12311.12,W,225444,A", 100, 0));
+    const LatLonRecord& g = p.Fix().gll;
+    EXPECT_EQ(std::tie(g.latDegrees, g.lonDegrees, g.lonHemisphere, g.hour, g.stamp),
+              std::make_tuple(49, 123, 'W', 22, 100));
+    EXPECT_NEAR(g.latMinutes, 16.45f, 1e-4);
+    EXPECT_EQ(p.Fix().maskA, MaskGll);
+
+    // A refused GLL keeps the latitude it read before the bad hemisphere, but not its stamp.
+    EXPECT_FALSE(p.ParseSentence("$GPGLL,5000.00,X,12311.12,W", 200, 0));
+    EXPECT_EQ(std::tie(g.latDegrees, g.latHemisphere, g.stamp), std::make_tuple(50, 'N', 100));
+
+    // A refused VTG leaves the last one alone.
+    ASSERT_TRUE(p.ParseSentence("$GPVTG,054.7,T,034.4,M,005.5,N,010.2,K", 300, 0));
+    EXPECT_FALSE(p.ParseSentence("$GPVTG,1,T,2,M,3,N,,K", 400, 0));
+    EXPECT_FLOAT_EQ(p.Fix().vtg.trueCourse, 54.7f);
+    EXPECT_FLOAT_EQ(p.Fix().vtg.speedKmh, 10.2f);
+    EXPECT_EQ(p.Fix().vtg.stamp, 300);
+    ASSERT_TRUE(p.ParseSentence("$GPVTG,9,K,8,N,7,M,6,T", 500, 0));  // any order
+    EXPECT_FLOAT_EQ(p.Fix().vtg.trueCourse, 6.0f);
+    EXPECT_FLOAT_EQ(p.Fix().vtg.speedKmh, 9.0f);
+
+    ASSERT_TRUE(
+        p.ParseSentence("$GPRMC,094739,A,5251.0073,N,00518.8130,E,5.7,229.9,200818,1.4,E", 1, 0));
+    const RmcRecord& r = p.Fix().rmc;
+    EXPECT_EQ(std::tie(r.minute, r.day, r.month, r.year, r.variationSide),
+              std::make_tuple(47, 20, 8, 18, 'E'));
+    EXPECT_DOUBLE_EQ(r.latitude, 5251.0073);
+
+    // Event fields keep escapes, stop at the star and are cut at 80 characters.
+    ASSERT_TRUE(p.ParseSentence("$GPEVT,B,a^2Cb," + std::string(100, 'z') + ",c*d,e", 1, 0));
     const EventRecord& e = p.Fix().evt;
     EXPECT_EQ(e.type, 'B');
     EXPECT_EQ(e.Field(0), "a^2Cb");
@@ -178,6 +131,25 @@ TEST(SentenceParser, OtherStandardSentences) {
     EXPECT_EQ(e.Field(2), "c");
     EXPECT_EQ(e.Field(3), "");
     EXPECT_EQ(p.Fix().maskB, MaskEvt);
+}
+
+TEST(SentenceParser, ZdaYearRuleAndFields) {
+    const std::tuple<std::string_view, bool, int> cases[] = {
+        {"1990", true, 1990}, {"2100", true, 2100}, {"2101", false, 0}, {"1989", false, 0},
+        {"94", true, 1994},   {"499", true, 2399},  {"500", false, 0},  {"14", true, 2014},
+        {"0", true, 2000},    {"89", true, 2089},   {"-1", false, 0},   {"", false, 0}};
+    for (const auto& [year, accepted, stored] : cases) {
+        SentenceParser p;
+        const std::string s = "$GPZDA,201530.50,04,07," + std::string(year) + ",-05,30";
+        EXPECT_EQ(bool(p.ParseSentence(s, kSecond, 0)), accepted) << s;
+        EXPECT_EQ(p.Fix().zda.year, stored) << s;
+    }
+    SentenceParser p;
+    ASSERT_TRUE(p.ParseSentence("$GPZDA,,32,7,2018,14,-60", kSecond, 0));
+    const ZdaRecord& z = p.Fix().zda;
+    // Day 32 is outside its limit; "%2d" reads -6 of -60, inside the limit.
+    EXPECT_EQ(std::tie(z.hour, z.day, z.month, z.zoneHours, z.zoneMinutes),
+              std::make_tuple(0, 0, 7, 0, -6));
 }
 
 TEST(SentenceParser, VendorSentencesFeedTheSensorValues) {

@@ -4,6 +4,7 @@
 #include <optional>
 #include <string>
 #include <thread>
+#include <tuple>
 #include <vector>
 
 #include "nav/SerialInput.h"
@@ -36,12 +37,7 @@ bool OpenOn(SerialInput& in, const PtyPair& pty) {
 TEST(SerialInput, CutsLinesByTheTerminatorRules) {
     const std::string longBody(1200, 'x');
     const std::string exactBody(997, 'y');
-    struct Case {
-        const char* what;
-        std::string bytes;
-        std::vector<std::string> lines;
-    };
-    const std::vector<Case> cases = {
+    const std::vector<std::tuple<const char*, std::string, std::vector<std::string>>> cases = {
         {"line feed kept", "$GPGLL,1\n", {"$GPGLL,1\n"}},
         {"CR LF is one line", "$GPGGA,2\r\n", {"$GPGGA,2\n"}},
         {"CR alone ends a line", "AB\rCD\r", {"AB\n", "CD\n"}},
@@ -52,20 +48,20 @@ TEST(SerialInput, CutsLinesByTheTerminatorRules) {
         {"998 bytes fit", exactBody + "\n", {exactBody + "\n"}},
         {"longer line cut, terminator on 997", longBody + "\n", {std::string(997, 'x') + "\n"}},
     };
-    for (const Case& c : cases) {
+    for (const auto& [what, bytes, lines] : cases) {
         PtyPair pty;
         SerialInput in;
         ASSERT_TRUE(OpenOn(in, pty)) << in.lastError();
-        ASSERT_TRUE(pty.Write(c.bytes)) << c.what;
+        ASSERT_TRUE(pty.Write(bytes)) << what;
         int count = 0;
         const std::vector<std::string> got = Drain(in, count);
-        EXPECT_EQ(got, c.lines) << c.what;
-        EXPECT_EQ(count, static_cast<int>(c.lines.size())) << c.what;
-        EXPECT_EQ(in.bytesReceived(), static_cast<int>(c.bytes.size())) << c.what;
+        EXPECT_EQ(got, lines) << what;
+        EXPECT_EQ(count, static_cast<int>(lines.size())) << what;
+        EXPECT_EQ(in.bytesReceived(), static_cast<int>(bytes.size())) << what;
     }
 }
 
-TEST(SerialInput, PartialLineWaitsForTheNextRead) {
+TEST(SerialInput, PartialLineWaitsForTheNextReadAndVanishedDeviceCloses) {
     PtyPair pty;
     SerialInput in;
     ASSERT_TRUE(OpenOn(in, pty)) << in.lastError();
@@ -77,6 +73,10 @@ TEST(SerialInput, PartialLineWaitsForTheNextRead) {
     ASSERT_TRUE(pty.Write("VTG\n"));
     EXPECT_EQ(Drain(in, count), std::vector<std::string>{"$GPVTG\n"});
     EXPECT_EQ(count, 2);
+    // A vanished device closes the port.
+    pty.CloseMaster();
+    EXPECT_FALSE(in.readLine(count).has_value());
+    EXPECT_FALSE(in.isOpen());
 }
 
 TEST(SerialInput, FullReadBufferIsDiscardedWhole) {
@@ -100,23 +100,18 @@ TEST(SerialInput, FullReadBufferIsDiscardedWhole) {
 }
 
 TEST(SerialInput, BaudOutsideTheListBecomes2400) {
-    struct Case {
-        int baud;
-        int expected;
-        speed_t line;
-    };
-    const Case cases[] = {
+    const std::tuple<int, int, speed_t> cases[] = {
         {4000, 2400, B2400}, {0, 2400, B2400},          {-9600, 2400, B2400},
-        {600, 600, B600},    {115200, 115200, B115200}, {230400, 2400, B2400},
-    };
-    for (const Case& c : cases) {
+        {600, 600, B600},    {115200, 115200, B115200}, {230400, 2400, B2400}};
+    for (const auto& [baud, expected, speed] : cases) {
+        SCOPED_TRACE(baud);
         PtyPair pty;
         SerialInput in;
         ASSERT_TRUE(OpenOn(in, pty));
-        in.setBaud(c.baud);
-        EXPECT_TRUE(in.isOpen()) << c.baud;
-        EXPECT_EQ(in.baud(), c.expected) << c.baud;
-        EXPECT_EQ(pty.InputSpeed(), c.line) << c.baud;
+        in.setBaud(baud);
+        EXPECT_TRUE(in.isOpen());
+        EXPECT_EQ(in.baud(), expected);
+        EXPECT_EQ(pty.InputSpeed(), speed);
     }
     EXPECT_EQ(SerialInput::IntervalTimeoutMs(4800), 10);
     EXPECT_EQ(SerialInput::IntervalTimeoutMs(9600), 5);
@@ -146,16 +141,6 @@ TEST(SerialInput, ReopenRulesAndCounters) {
         EXPECT_FALSE(in.isOpen()) << number;
         EXPECT_FALSE(in.readLine(count).has_value());
     }
-}
-
-TEST(SerialInput, VanishedDeviceClosesThePort) {
-    PtyPair pty;
-    SerialInput in;
-    ASSERT_TRUE(OpenOn(in, pty));
-    pty.CloseMaster();
-    int count = 0;
-    EXPECT_FALSE(in.readLine(count).has_value());
-    EXPECT_FALSE(in.isOpen());
 }
 
 }  // namespace
