@@ -31,13 +31,16 @@ void Check(bool ok, const char* what) {
     }
 }
 
-// Every (section, key) the document can answer for, by first match, keyed in lower case.
+// The (section, key) pairs the document can answer for, by first match, for the first 64 key
+// lines: every lookup walks the document, so all of them would make an input of many short lines
+// cost its square, and the first lines already reach every rule of the lookup.
 std::map<std::pair<std::string, std::string>, std::string> Readable(const ProfileDocument& doc,
                                                                     std::string_view bytes) {
     std::map<std::pair<std::string, std::string>, std::string> out;
     std::string section;
     std::size_t pos = 0;
-    while (pos < bytes.size()) {
+    int keys = 0;
+    while (pos < bytes.size() && keys < 64) {
         std::size_t nl = bytes.find('\n', pos);
         if (nl == std::string_view::npos) nl = bytes.size();
         std::string_view line = bytes.substr(pos, nl - pos);
@@ -52,6 +55,7 @@ std::map<std::pair<std::string, std::string>, std::string> Readable(const Profil
         }
         const std::size_t eq = line.find('=');
         if (eq == std::string_view::npos) continue;
+        ++keys;
         const std::string key(line.substr(0, eq));
         if (auto v = doc.Find(section, key)) out[{section, key}] = *v;
     }
