@@ -136,6 +136,7 @@ class System {
     LoggingControl& Logging() { return *logging_; }
     DisplayProcessingSet& Displays() { return *displays_; }
     HalvoDisplaysDataProcessor& DisplayChain() { return *chain_; }
+    DisplayLineOutput& LineOutput() { return *lineOutput_; }
     // The system's own document, which keeps every display's newest lines.
     LineCacheDocument& Lines() { return *lines_; }
     // Window documents join the display timer's drain here (window thread only).
