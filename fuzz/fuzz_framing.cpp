@@ -39,6 +39,12 @@ using namespace halvo;
 
 constexpr int kSource = 2;
 
+// How long the rig waits for the bus thread before it calls the handler wrong. A loaded machine
+// can keep that thread off the processor for over a second (it once did, at a low priority beside
+// two compilers), so this stays well above that and below libFuzzer's ten-second hang limit,
+// which still catches a bus that never empties.
+constexpr auto kPatience = std::chrono::seconds(6);
+
 // The standard library's hash runs outside the coverage instrumentation, which would otherwise
 // count every byte of every message twice.
 std::uint64_t Digest(std::span<const std::uint8_t> bytes) {
@@ -62,7 +68,7 @@ class Recorder final : public MessageObserver {
     // the input itself.
     void WaitFor(std::size_t n) {
         std::unique_lock lock(mutex_);
-        arrived_.wait_for(lock, std::chrono::seconds(2), [&] { return seen_.size() >= n; });
+        arrived_.wait_for(lock, kPatience, [&] { return seen_.size() >= n; });
     }
     std::vector<std::uint64_t> Take() {
         std::lock_guard lock(mutex_);
@@ -136,9 +142,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         bool failed = false;
         std::span<std::uint8_t> block;
         // A full bus answers "not yet"; the socket waits and asks again, as it does after a poll.
-        for (int wait = 0; wait < 20000; ++wait) {
+        const auto giveUp = std::chrono::steady_clock::now() + kPatience;
+        for (int wait = 0; wait < 1'000'000; ++wait) {
             block = handler.GetBuffer(total, failed, 0);
-            if (!block.empty() || failed) break;
+            if (!block.empty() || failed || std::chrono::steady_clock::now() > giveUp) break;
             std::this_thread::sleep_for(std::chrono::microseconds(50));
         }
         if (block.empty()) {
@@ -176,7 +183,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         }
     }
     // The once-a-second tick hands over a message still waiting for room.
-    for (int wait = 0; wait < 20000 && handler.HasPending(); ++wait) {
+    const auto giveUp = std::chrono::steady_clock::now() + kPatience;
+    for (int wait = 0; wait < 1'000'000 && handler.HasPending(); ++wait) {
+        if (std::chrono::steady_clock::now() > giveUp) break;
         std::this_thread::sleep_for(std::chrono::microseconds(50));
         handler.Tick(0);
     }
