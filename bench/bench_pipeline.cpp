@@ -394,6 +394,32 @@ std::uint64_t MakeGigabyteFile(const std::string& dir, const std::string& big,
     return records * (size / sample.size());
 }
 
+// Processor time so far of this process's thread with the given name, in seconds; 0 when none.
+double ThreadCpuSeconds(const std::string& name) {
+    std::error_code ec;
+    for (const auto& task : fs::directory_iterator("/proc/self/task", ec)) {
+        std::ifstream comm(task.path() / "comm");
+        std::string n;
+        std::getline(comm, n);
+        if (n != name) continue;
+        std::ifstream statFile(task.path() / "stat");
+        std::string stat;
+        std::getline(statFile, stat);
+        // Fields after the parenthesised name: state is the 3rd, utime the 14th, stime the 15th.
+        const std::size_t close = stat.rfind(')');
+        if (close == std::string::npos) return 0;
+        std::istringstream rest(stat.substr(close + 2));
+        std::string field;
+        double utime = 0, stime = 0;
+        for (int i = 3; i <= 15 && rest >> field; ++i) {
+            if (i == 14) utime = std::stod(field);
+            if (i == 15) stime = std::stod(field);
+        }
+        return (utime + stime) / static_cast<double>(::sysconf(_SC_CLK_TCK));
+    }
+    return 0;
+}
+
 // Without pacing: the file read as fast as the data bus takes it, under playback's own hold-off
 // rule (nothing posted while the queue is above three quarters), each record prepared as the
 // program prepares a played record. The program's own reader stays open on a file at rate 0,
@@ -402,6 +428,7 @@ std::uint64_t MakeGigabyteFile(const std::string& dir, const std::string& big,
 struct Feed {
     std::uint64_t records = 0;
     double seconds = 0;
+    double busCpuSeconds = 0;  // the data bus thread's: the chain's own cost
     bool started = false;
 };
 
@@ -434,6 +461,7 @@ void FeedUnpaced(halvo::System& system, const std::string& file, std::atomic<boo
     halvo::PlaybackPreparer preparer;
     halvo::MessageProcessor& bus = system.Hub().DataBus();
     const std::size_t limit = (3 * bus.QueueCapacity()) / 4;
+    const double busCpu0 = ThreadCpuSeconds("halvo-data-bus");
     const auto start = Clock::now();
     const auto deadline = start + std::chrono::minutes(15);
     for (std::size_t g = 0; g < 100'000'000 && Clock::now() < deadline; ++g) {
@@ -452,6 +480,7 @@ void FeedUnpaced(halvo::System& system, const std::string& file, std::atomic<boo
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
     feed.seconds = std::chrono::duration<double>(Clock::now() - start).count();
+    feed.busCpuSeconds = ThreadCpuSeconds("halvo-data-bus") - busCpu0;
     feeding = false;
     drainer.join();
     stop = true;
@@ -472,6 +501,7 @@ void BM_Playback1GB(benchmark::State& state) {
     }
     double seconds = 0;
     std::uint64_t lines[4] = {}, queued = 0, dropped = 0, fed = 0;
+    double busCpu = 0;
     for (auto _ : state) {
         WriteSettings(1, 2, dir.path(), unpaced ? 1 : halvo::StorageSettings::kMaxPlaybackRate);
         halvo::MonotonicTickSource ticks;
@@ -497,6 +527,7 @@ void BM_Playback1GB(benchmark::State& state) {
         seconds =
             unpaced ? feed.seconds : std::chrono::duration<double>(Clock::now() - start).count();
         fed = feed.records;
+        busCpu = feed.busCpuSeconds;
         for (int d = 0; d < 4; ++d) lines[d] = system.Lines().Lines(d);
         queued = system.LineOutput().Queued();
         dropped = system.LineOutput().Dropped();
@@ -511,6 +542,12 @@ void BM_Playback1GB(benchmark::State& state) {
     state.counters["lines_display3"] = static_cast<double>(lines[3]);
     state.counters["lines_queued"] = static_cast<double>(queued);
     state.counters["lines_dropped"] = static_cast<double>(dropped);
+    if (unpaced && busCpu > 0) {
+        // What one core given to the bus thread alone would carry.
+        state.counters["bus_thread_MB/s_of_cpu"] =
+            played / static_cast<double>(records) * static_cast<double>(size) / busCpu / 1e6;
+        state.counters["bus_thread_busy"] = busCpu / seconds;
+    }
 }
 
 }  // namespace
