@@ -145,6 +145,18 @@ void WriteSettings(int commandPort, int dataPort, const std::string& dir, int pl
         << "\nRecordFile=Bench\nSegyOnly=0\nMaxRecordSize=0\nPlaybackRate=" << playbackRate << "\n";
 }
 
+// The simulator on free loopback ports, discovery off, pinging by itself at a multiple of its
+// survey rate.
+halvo::SimOptions LoopbackSim(double multiplier) {
+    halvo::SimOptions o;
+    o.portBase = 0;
+    o.discoveryPort = -1;
+    o.quiet = true;
+    o.autostart = true;
+    o.rateMultiplier = multiplier;
+    return o;
+}
+
 struct LiveRun {
     double seconds = 0;
     std::uint64_t sent = 0, sentTraces = 0, sentBytes = 0;
@@ -158,12 +170,7 @@ LiveRun RunLive(double multiplier, double seconds, int depthSamples = 0) {
     WorkDir dir;
     LiveRun r;
     halvo::SystemWallClock wall;
-    halvo::SimOptions o;
-    o.portBase = 0;
-    o.discoveryPort = -1;
-    o.quiet = true;
-    o.autostart = true;
-    o.rateMultiplier = multiplier;
+    halvo::SimOptions o = LoopbackSim(multiplier);
     o.sentLogFile = dir.path() + "/sent.jsonl";
     std::vector<std::uint32_t> recorded;
     {
@@ -293,12 +300,7 @@ void BM_PipelineLive(benchmark::State& state) {
 // The simulator alone, as fast as it goes, into a reader that discards the bytes.
 void BM_SimPlainSend(benchmark::State& state) {
     halvo::SystemWallClock wall;
-    halvo::SimOptions o;
-    o.portBase = 0;
-    o.discoveryPort = -1;
-    o.quiet = true;
-    o.autostart = true;
-    o.rateMultiplier = 1e6;
+    halvo::SimOptions o = LoopbackSim(1e6);
     halvo::SimServer sim(o, wall);
     std::string error;
     if (!sim.Start(error)) {
@@ -338,12 +340,7 @@ std::uint64_t MakeGigabyteFile(const std::string& dir, const std::string& big,
                                std::uint64_t& size) {
     {
         halvo::SystemWallClock wall;
-        halvo::SimOptions o;
-        o.portBase = 0;
-        o.discoveryPort = -1;
-        o.quiet = true;
-        o.autostart = true;
-        o.rateMultiplier = 40;
+        halvo::SimOptions o = LoopbackSim(40);
         halvo::SimServer sim(o, wall);
         std::string error;
         if (!sim.Start(error)) return 0;
@@ -368,20 +365,7 @@ std::uint64_t MakeGigabyteFile(const std::string& dir, const std::string& big,
         std::ifstream in(recording, std::ios::binary);
         sample.assign(std::istreambuf_iterator<char>(in), {});
     }
-    std::uint64_t records = 0;
-    {
-        halvo::HsfReader reader;
-        reader.Open(recording);
-        std::span<const std::uint8_t> record;
-        for (std::size_t g = 0; g < 10'000'000; ++g) {
-            const halvo::ReadStatus s = reader.NextView(record);
-            if (s == halvo::ReadStatus::Record) {
-                ++records;
-            } else if (s != halvo::ReadStatus::Deferred) {
-                break;
-            }
-        }
-    }
+    const std::uint64_t records = ReadRecordings(dir, "Bench").size();
     fs::remove(recording);
     if (sample.empty() || records == 0) return 0;
     size = 0;
@@ -534,18 +518,17 @@ void BM_Playback1GB(benchmark::State& state) {
         if (unpaced && !feed.started) state.SkipWithError("playback did not start");
     }
     const double played = unpaced ? static_cast<double>(fed) : static_cast<double>(records);
+    const double playedMB = played / static_cast<double>(records) * static_cast<double>(size) / 1e6;
     state.counters["GB"] = static_cast<double>(size) / 1e9;
     state.counters["records/s"] = played / seconds;
-    state.counters["MB/s"] =
-        played / static_cast<double>(records) * static_cast<double>(size) / seconds / 1e6;
+    state.counters["MB/s"] = playedMB / seconds;
     state.counters["lines_display0"] = static_cast<double>(lines[0]);
     state.counters["lines_display3"] = static_cast<double>(lines[3]);
     state.counters["lines_queued"] = static_cast<double>(queued);
     state.counters["lines_dropped"] = static_cast<double>(dropped);
     if (unpaced && busCpu > 0) {
         // What one core given to the bus thread alone would carry.
-        state.counters["bus_thread_MB/s_of_cpu"] =
-            played / static_cast<double>(records) * static_cast<double>(size) / busCpu / 1e6;
+        state.counters["bus_thread_MB/s_of_cpu"] = playedMB / busCpu;
         state.counters["bus_thread_busy"] = busCpu / seconds;
     }
 }
