@@ -82,8 +82,11 @@ void ExpandCompactTrace(std::span<const std::uint8_t> src, std::span<std::uint8_
     PutLE<std::uint16_t>(dst, 34, static_cast<std::uint16_t>(c.format()));
     PutLE<std::uint32_t>(dst, 116, c.w2);
     PutLE<std::uint32_t>(dst, 200, c.w3 & 0xFFFFu);
+    // The weighting reaches 2^(255/16), about 62,800, but the gain field is a signed 16-bit word:
+    // codes above 239 are held to its top rather than wrapped to a negative gain.
     const double n = static_cast<double>((c.w3 >> 16) & 0xFFu);
-    PutLE<std::int16_t>(dst, 120, static_cast<std::int16_t>(std::pow(2.0, n / 16.0) + 0.5));
+    const double weight = std::min(std::pow(2.0, n / 16.0) + 0.5, 32767.0);
+    PutLE<std::int16_t>(dst, 120, static_cast<std::int16_t>(weight));
 
     const UtcCalendar t = BreakDownUtc(utcSeconds);
     PutLE<std::int16_t>(dst, 156, static_cast<std::int16_t>(t.year));

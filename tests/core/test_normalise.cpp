@@ -90,6 +90,10 @@ TEST(Normalise, CompactTraceFillsTheTraceHeaderAndDatesItNow) {
                  F::Samples, 6, F::Year, 2024, F::Day, 60, F::Hour, 12, F::Minute, 34, F::Second,
                  56);
     for (int i = 0; i < 6; ++i) EXPECT_EQ(SampleAt(out, i), i + 1);
+
+    // The top weighting codes overflow the signed gain word and are held to its top.
+    m = Compact(MsgCompactTrace, 0, w1, 0, 255u << 16, PackA({1, 2}));
+    ExpectFields(Normalise(m, FixedUtc), F::ADCGain, 32767);
 }
 
 TEST(Normalise, CompactSideScanBecomesATraceThroughTheOlderForm) {

@@ -272,6 +272,11 @@ TEST(NavigationStatusText, LinesFollowTheFix) {
     EXPECT_EQ(lines[2], "TIME: 22:54:44.000000");
     EXPECT_EQ(lines[3], "ZDA: 20:15:30.000000 4/7/2018");
     EXPECT_EQ(lines[4], "VTG: Deg(True:54.700001 Mag34.400002) Speed(km:10.200000 kn:5.500000)");
+
+    // A position no receiver sends is shown as it came rather than split into degrees.
+    p.ParseSentence("$GPRMC,225446,A,1e12,N,-12311.25,E,000.5,054.7,191194,020.3,E", 10, 0);
+    lines = NavigationStatusLines(p.Fix(), 0, 1);
+    EXPECT_EQ(lines[1], "LATLON: LAT 0 1000000000000.000000 N LON -123 -11.250000 E");
 }
 
 }  // namespace
