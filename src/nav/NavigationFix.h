@@ -94,6 +94,10 @@ struct RmcRecord {
     std::int32_t stamp = 0;
 };
 
+// Whole degrees of a ddmm.mmmm value as an RMC record holds it; a value no sentence could carry
+// (too large, or not a number) gives 0 rather than an undefined conversion.
+std::int32_t WholeDegrees(double ddmm);
+
 struct RmaRecord {
     char status = 0;
     double latitude = 0;

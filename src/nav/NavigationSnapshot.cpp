@@ -1,7 +1,6 @@
 #include "nav/NavigationSnapshot.h"
 
 #include <cctype>
-#include <cmath>
 #include <ctime>
 
 #include "nav/NavigationConfig.h"
@@ -9,14 +8,6 @@
 namespace halvo {
 
 namespace {
-
-// Whole degrees of a ddmm.mmmm value; a value no sentence could carry gives 0 rather than an
-// undefined conversion.
-std::int32_t WholeDegrees(double raw) {
-    const double d = std::trunc(raw / 100.0);
-    if (!std::isfinite(d) || std::fabs(d) > 1e6) return 0;
-    return static_cast<std::int32_t>(d);
-}
 
 char Upper(char c) {
     return static_cast<char>(std::toupper(static_cast<unsigned char>(c)));

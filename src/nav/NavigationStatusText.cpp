@@ -1,6 +1,5 @@
 #include "nav/NavigationStatusText.h"
 
-#include <cmath>
 #include <cstdarg>
 #include <cstdio>
 
@@ -37,24 +36,13 @@ Position FromSplit(const LatLonRecord& r) {
             r.lonDegrees, r.lonMinutes, r.lonHemisphere};
 }
 
-// Splits a ddmm.mmmm value into whole degrees and minutes. A value no receiver sends (too large
-// for whole degrees, or not a number) is shown as it came, all in the minutes, degrees 0.
-void SplitDegrees(double ddmm, int& degrees, double& minutes) {
-    const double whole = std::trunc(ddmm / 100);
-    if (std::isfinite(whole) && std::abs(whole) < 1e9) {
-        degrees = static_cast<int>(whole);
-        minutes = ddmm - 100.0 * degrees;
-    } else {
-        degrees = 0;
-        minutes = ddmm;
-    }
-}
-
 Position FromRmc(const RmcRecord& r) {
     Position p;
-    SplitDegrees(r.latitude, p.latDegrees, p.latMinutes);
+    p.latDegrees = WholeDegrees(r.latitude);
+    p.latMinutes = r.latitude - 100.0 * p.latDegrees;
     p.latHemisphere = r.latHemisphere;
-    SplitDegrees(r.longitude, p.lonDegrees, p.lonMinutes);
+    p.lonDegrees = WholeDegrees(r.longitude);
+    p.lonMinutes = r.longitude - 100.0 * p.lonDegrees;
     p.lonHemisphere = r.lonHemisphere;
     return p;
 }
