@@ -100,7 +100,6 @@ TEST_F(OverallConfigTest, Rc900IsForcedOffAndSaveNeedsALoad) {
     EXPECT_EQ(ReadFile("HalvoDefaults.Hni").find("NumSplits0"), std::string::npos);
 
     config.Start();
-    EXPECT_TRUE(config.Lifecycle().IsLoaded());
     EXPECT_EQ(config.RC900DisplayEnable(), 0);
     EXPECT_EQ(config.Snapshot().sonarNames[0].size(), 79u);
     EXPECT_EQ(host.appliedRows, std::vector<int>(10, -1));

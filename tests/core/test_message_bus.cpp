@@ -284,7 +284,6 @@ TEST_F(BusTest, SendCommandBuildsOrCopiesAndMapsDirections) {
     }));
     EXPECT_EQ(headers[0].direction, DirSet);
     EXPECT_EQ(headers[0].subsystem, 20);
-    EXPECT_EQ(headers[0].marker, kMessageMarker);
     EXPECT_EQ(headers[1].direction, DirReply);
     EXPECT_EQ(headers[2].type, MsgSonarOn);
 }

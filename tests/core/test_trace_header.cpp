@@ -33,7 +33,6 @@ TEST(TraceHeader, ReadAndWriteByNameAndByField) {
     EXPECT_EQ(h.GetInt(TraceField::DepthMM), 2147483647);
     // The table names "Reserved3A" twice; by name the first (32-bit, offset 48) is found.
     EXPECT_EQ(InfoOf(*FindTraceField("Reserved3A")).offset, 48);
-    EXPECT_EQ(InfoOf(TraceField::Reserved3A_2).offset, 124);
     EXPECT_FALSE(FindTraceField("ping number"));
     // A view over too few bytes reads zero and writes nothing.
     std::vector<std::uint8_t> shortBytes(100, 0xFF);
@@ -42,18 +41,6 @@ TEST(TraceHeader, ReadAndWriteByNameAndByField) {
     EXPECT_EQ(s.GetInt(TraceField::PingNumber), 0);
     s.SetInt(TraceField::PingNumber, 0);
     EXPECT_EQ(shortBytes[8], 0xFF);
-}
-
-TEST(TraceHeader, DataFormatTable) {
-    struct Row {
-        int format, bytes, values;
-    };
-    for (Row r : {Row{0, 2, 1}, Row{1, 2, 2}, Row{2, 2, 1}, Row{7, 4, 2}, Row{9, 2, 2},
-                  Row{10, 4, 1}, Row{3, 2, 1}, Row{255, 2, 1}}) {
-        EXPECT_EQ(DataFormatOf(r.format).bytesPerValue, r.bytes) << r.format;
-        EXPECT_EQ(DataFormatOf(r.format).valuesPerSample, r.values) << r.format;
-    }
-    EXPECT_EQ(DataFormatOf(1).name, "Complex");
 }
 
 }  // namespace halvo

@@ -6,8 +6,6 @@
 
 #include <filesystem>
 #include <fstream>
-#include <nlohmann/json.hpp>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -15,15 +13,11 @@
 #include "display/SonarDataCacheElement.h"
 #include "display/WaterfallImage.h"
 #include "display/WaterfallPlot.h"
+#include "dsp/HsfTool.h"
 #include "storage/HsfTestWriter.h"
-#include "storage/StorageTestSupport.h"
 
 namespace halvo {
 namespace {
-
-std::string Tool(const std::string& args, int& status) {
-    return test::Run(std::string(HALVO_HSF_BIN) + " " + args, &status);
-}
 
 std::uint32_t BE32(const std::string& s, std::size_t at) {
     return (std::uint32_t(std::uint8_t(s[at])) << 24) |
@@ -69,26 +63,14 @@ struct Png {
     }
 };
 
-std::vector<std::uint8_t> Base64(const std::string& text) {
-    std::vector<std::uint8_t> out;
-    std::uint32_t acc = 0;
-    int bits = 0;
-    for (char c : text) {
-        const std::string digits =
-            "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-        const std::size_t v = digits.find(c);
-        if (v == std::string::npos) continue;
-        acc = (acc << 6) | static_cast<std::uint32_t>(v);
-        if ((bits += 6) >= 8) out.push_back(static_cast<std::uint8_t>(acc >> (bits -= 8)));
-    }
-    return out;
+// The render subcommand's exit status for display 0 of `file` with the test's settings.
+int Render(const std::string& file, const std::string& out) {
+    return test::RunHsf("render " + file + " --settings view.Hni --display 0 --out " + out).status;
 }
 
 class RenderCommand : public test::TempWorkDir {};
 
 TEST_F(RenderCommand, PictureColumnsAreThePlotsColumnsOfEachLine) {
-    int status = -1;
-
     HsfTestWriter w;
     for (int ping = 1; ping <= 12; ++ping) {
         TraceSpec t;
@@ -101,18 +83,16 @@ TEST_F(RenderCommand, PictureColumnsAreThePlotsColumnsOfEachLine) {
     std::ofstream("view.Hni") << "[General]\nBottomTrackIndicatorOffset=0\nNoDataGreyLevel2=90\n"
                                  "[DisplayProcessing0]\nChannel=0\nGain=20\nZoom=2.7\n"
                                  "TraceZoomFactor=2\nPalInvert=1\n";
-    Tool("render line.hsf --settings view.Hni --display 0 --out wf.png --height 100", status);
-    ASSERT_EQ(status, 0);
+    ASSERT_EQ(Render("line.hsf", "wf.png --height 100"), 0);
     Png png;
     ASSERT_TRUE(png.Read("wf.png"));
     ASSERT_EQ(png.height, 100u);
-    std::istringstream lines(Tool("lines line.hsf --settings view.Hni --display 0", status));
-    ASSERT_EQ(status, 0);
+    const test::ToolRun lines = test::RunHsf("lines line.hsf --settings view.Hni --display 0");
+    ASSERT_EQ(lines.status, 0);
     std::vector<SonarDataCacheElement> made;
-    for (std::string l; std::getline(lines, l);) {
-        const nlohmann::json j = nlohmann::json::parse(l);
+    for (const nlohmann::json& j : lines.lines) {
         SonarDataCacheElement e(j["size"].get<int>());
-        e.pixels = Base64(j["pixels"].get<std::string>());
+        e.pixels = test::FromBase64(j["pixels"].get<std::string>());
         e.startDepth = j["startDepth"];
         made.push_back(e);
     }
@@ -138,10 +118,8 @@ TEST_F(RenderCommand, PictureColumnsAreThePlotsColumnsOfEachLine) {
     // Zoom 2: the first 40 samples fill 80 rows, the rest is the no-data level.
     EXPECT_EQ(png.At(0, 99), palette[90].Rgb());
     // A missing file and an unwritable picture are errors.
-    Tool("render none.hsf --settings view.Hni --display 0 --out x.png", status);
-    EXPECT_NE(status, 0);
-    Tool("render line.hsf --settings view.Hni --display 0 --out no/such/dir.png", status);
-    EXPECT_EQ(status, 1);
+    EXPECT_NE(Render("none.hsf", "x.png"), 0);
+    EXPECT_EQ(Render("line.hsf", "no/such/dir.png"), 1);
     EXPECT_FALSE(std::filesystem::exists("no/such/dir.png"));
 }
 

@@ -1,8 +1,10 @@
 #pragma once
-// Runs the file tool as a program; its output is read as one JSON document per line.
+// Runs the file tool as a program; its output is read as one JSON document per line. Byte lines
+// in that output are base64.
 
 #include <sys/wait.h>
 
+#include <cstdint>
 #include <cstdio>
 #include <nlohmann/json.hpp>
 #include <sstream>
@@ -29,6 +31,19 @@ inline ToolRun RunHsf(const std::string& args) {
     for (std::string l; std::getline(in, l);)
         r.lines.push_back(nlohmann::json::parse(l, nullptr, false));
     return r;
+}
+
+inline std::vector<std::uint8_t> FromBase64(const std::string& s) {
+    static const std::string digits =
+        "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+    std::vector<std::uint8_t> out;
+    std::uint32_t acc = 0;
+    int bits = 0;
+    for (std::size_t i = 0; i < s.size() && digits.find(s[i]) != std::string::npos; ++i) {
+        acc = (acc << 6) | static_cast<std::uint32_t>(digits.find(s[i]));
+        if ((bits += 6) >= 8) out.push_back(static_cast<std::uint8_t>(acc >> (bits -= 8)));
+    }
+    return out;
 }
 
 }  // namespace halvo::test

@@ -158,6 +158,7 @@ TEST_F(FieldEditorTest, HeldAndRefusedEntriesShowTheStoredValueAtOnce) {
         {page_->limited, "abc", "100"},       // refused
         {page_->anyValue, "-5000", "-5000"},  // minimum above maximum: no range at all
         {page_->gain, "12.345", "10.00"},
+        {page_->gain, "garbage", "10.00"},  // refused
         {page_->name, "ABCDEFGHIJ", "ABCDEFGH"},
         // Hexadecimal is parsed twice and the second parse wins.
         {page_->mask, "1F", "1"},

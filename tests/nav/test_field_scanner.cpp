@@ -51,18 +51,6 @@ TEST(FieldScanner, NumbersLikeTheirConversions) {
     }
 }
 
-TEST(FieldScanner, ClockNeedsAllThreeParts) {
-    int h = -1, m = -1;
-    float s = -1;
-    EXPECT_TRUE(ScanClock("235723.02", h, m, s));
-    EXPECT_EQ(h, 23);
-    EXPECT_EQ(m, 57);
-    EXPECT_FLOAT_EQ(s, 23.02f);
-    EXPECT_FALSE(ScanClock("2357", h, m, s));
-    EXPECT_FALSE(ScanClock("", h, m, s));
-    EXPECT_EQ(h, 23) << "a failed clock leaves the outputs alone";
-}
-
 TEST(FieldScanner, CursorFindsFieldsAndStopsAtTheStar) {
     auto all = [](std::string_view text, std::size_t from, bool escapes) {
         std::vector<std::string> out;

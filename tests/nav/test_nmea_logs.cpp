@@ -1,13 +1,13 @@
 // Every line of the real receiver logs goes through the parser, as a sentence and as a 2002
 // message. Sentences the parser knows must be accepted exactly when the fields it needs are
-// filled in; a handful are checked value by value against the log text.
+// filled in; one is checked value by value against the log text (the values of the other kinds
+// are checked in the parser's own tests).
 
 #include <gtest/gtest.h>
 
 #include <cstring>
 #include <filesystem>
 #include <fstream>
-#include <iostream>
 #include <map>
 #include <sstream>
 #include <string>
@@ -88,9 +88,6 @@ TEST(NmeaLogs, EveryLineOfEveryLog) {
         }
     }
     EXPECT_EQ(files, 10);
-    for (const auto& [kind, c] : counts)
-        std::cout << "[ counts   ] " << kind << " accepted " << c.first << " refused " << c.second
-                  << "\n";
     EXPECT_GT(counts["GGA"].first, 300);
     EXPECT_GT(counts["HDG"].first, 1400);
 }
@@ -110,24 +107,6 @@ TEST(NmeaLogs, ValuesLandWhereTheLogSays) {
               std::make_tuple(0, 39, 56.0f, 45, 'S', 170));
     EXPECT_NEAR(g.latMinutes, 52.65403, 1e-4);
     EXPECT_NEAR(g.lonMinutes, 30.00668, 1e-4);
-
-    // $INZDA,194104,16,09,2006,-05,00 (a two-wide zone field reads "-0")
-    ASSERT_TRUE(p.ParseSentence(first("humminbird-M37.log", "$INZDA"), 2, 0));
-    const ZdaRecord& z = p.Fix().zda;
-    EXPECT_EQ(std::tie(z.hour, z.minute, z.day, z.month, z.year, z.zoneHours),
-              std::make_tuple(19, 41, 16, 9, 2006, 0));
-
-    // $GPRMC,130711.00,A,5012.790800,N,00806.879600,W,0.5,3.0,010611,,A
-    ASSERT_TRUE(p.ParseSentence(first("saab-r4.log", "$GPRMC"), 3, 0));
-    const RmcRecord& r = p.Fix().rmc;
-    EXPECT_EQ(std::tie(r.hour, r.longitude, r.lonHemisphere, r.course, r.day, r.month, r.year),
-              std::make_tuple(13, 806.8796, 'W', 3.0f, 1, 6, 11));
-
-    // $ECGLL,5119.881,N,00125.169,E,164326,A,D
-    ASSERT_TRUE(p.ParseSentence(first("sounder.log", "$ECGLL"), 4, 0));
-    EXPECT_EQ(p.Fix().gll.latDegrees, 51);
-    EXPECT_NEAR(p.Fix().gll.lonMinutes, 25.169, 1e-4);
-    EXPECT_EQ(p.Fix().gll.second, 26.0f);
 }
 
 }  // namespace

@@ -34,6 +34,14 @@ bool OpenOn(SerialInput& in, const PtyPair& pty) {
     return pty.ok() && in.setPort(1, pty.path());
 }
 
+// One input already open on a fresh pseudo-terminal.
+class OpenSerialInput : public ::testing::Test {
+  protected:
+    void SetUp() override { ASSERT_TRUE(OpenOn(in, pty)) << in.lastError(); }
+    PtyPair pty;
+    SerialInput in;
+};
+
 TEST(SerialInput, CutsLinesByTheTerminatorRules) {
     const std::string longBody(1200, 'x');
     const std::string exactBody(997, 'y');
@@ -61,10 +69,7 @@ TEST(SerialInput, CutsLinesByTheTerminatorRules) {
     }
 }
 
-TEST(SerialInput, PartialLineWaitsForTheNextReadAndVanishedDeviceCloses) {
-    PtyPair pty;
-    SerialInput in;
-    ASSERT_TRUE(OpenOn(in, pty)) << in.lastError();
+TEST_F(OpenSerialInput, PartialLineWaitsForTheNextReadAndVanishedDeviceCloses) {
     int count = 0;
     ASSERT_TRUE(pty.Write("$GPG"));
     EXPECT_TRUE(Drain(in, count).empty());
@@ -79,10 +84,7 @@ TEST(SerialInput, PartialLineWaitsForTheNextReadAndVanishedDeviceCloses) {
     EXPECT_FALSE(in.isOpen());
 }
 
-TEST(SerialInput, FullReadBufferIsDiscardedWhole) {
-    PtyPair pty;
-    SerialInput in;
-    ASSERT_TRUE(OpenOn(in, pty)) << in.lastError();
+TEST_F(OpenSerialInput, FullReadBufferIsDiscardedWhole) {
     // Complete lines throughout, and more than one buffer's worth queued at once.
     std::string burst;
     while (burst.size() < SerialInput::kReadBufferSize + 300) burst += "$GPGLL,burst\r\n";
@@ -118,10 +120,7 @@ TEST(SerialInput, BaudOutsideTheListBecomes2400) {
     EXPECT_EQ(SerialInput::IntervalTimeoutMs(115200), 0);
 }
 
-TEST(SerialInput, ReopenRulesAndCounters) {
-    PtyPair pty;
-    SerialInput in;
-    ASSERT_TRUE(OpenOn(in, pty));
+TEST_F(OpenSerialInput, ReopenRulesAndCounters) {
     ASSERT_TRUE(pty.Write("$GPGLL\n"));
     int count = 0;
     Drain(in, count);

@@ -35,33 +35,6 @@ SimOptions QuietSim() {
     return o;
 }
 
-// Keeps the CRC of every message from one source, slowly if asked.
-class CrcObserver : public MessageObserver {
-  public:
-    explicit CrcObserver(int source, std::chrono::microseconds delay)
-        : source_(source), delay_(delay) {}
-    void PreviewMessage(SonarMessage* m, int source, std::uint32_t) override {
-        if (!m || source != source_) return;
-        std::this_thread::sleep_for(delay_);
-        std::lock_guard lock(mutex_);
-        crcs_.push_back(SimCrc32(m->Wire()));
-    }
-    std::vector<std::uint32_t> Crcs() const {
-        std::lock_guard lock(mutex_);
-        return crcs_;
-    }
-    std::size_t count() const {
-        std::lock_guard lock(mutex_);
-        return crcs_.size();
-    }
-
-  private:
-    const int source_;
-    const std::chrono::microseconds delay_;
-    mutable std::mutex mutex_;
-    std::vector<std::uint32_t> crcs_;
-};
-
 class EndpointSim : public TempWorkDir {
   protected:
     void SetUp() override {
@@ -83,8 +56,6 @@ class EndpointSim : public TempWorkDir {
         return s;
     }
 
-    KeepingObserver commands{SourceSonarCommand};
-    KeepingObserver data{SourceSonarData};
     FixedWallClock simClock{kSimWallMs};
     std::unique_ptr<SimServer> sim;
     RunFlag run;
@@ -98,30 +69,8 @@ class EndpointSim : public TempWorkDir {
     NetworkHub net{hub, sockets, clock, coordinator};
 };
 
-TEST_F(EndpointSim, ConnectsAndExchangesOnBothLinks) {
-    SimOptions o = QuietSim();
-    o.autostart = true;
-    StartSim(o);
-    hub.CommandBus().Attach(&commands);
-    hub.DataBus().Attach(&data);
-    net.ApplyNetworkSettings(Settings());
-    ASSERT_TRUE(WaitFor([&] { return net.GetStatus()[0].IsConnected(); }, 3s));
-    ASSERT_EQ(hub.SendCommand(nullptr, 0, MsgSampleRate, 0, DirQuery, 0), 0);
-    ASSERT_TRUE(WaitFor([&] { return commands.count() >= 1; }, 3s));
-    MessageHeader h;
-    ASSERT_TRUE(MessageHeader::Read(commands.Kept()[0], h));
-    EXPECT_EQ(h.type, MsgSampleRate);
-    EXPECT_EQ(h.direction, DirReply);
-    EXPECT_TRUE(WaitFor([&] { return data.count() >= 10; }, 5s));
-    const auto status = net.GetStatus();
-    EXPECT_TRUE(status[1].IsConnected());
-    EXPECT_GE(status[0].sent, 1);
-    EXPECT_GE(status[0].received, 1);
-    EXPECT_GE(status[1].received, 10);
-    EXPECT_GE(sim->Counters().received, 1u);
-    EXPECT_EQ(hub.EndpointChangeCount(), 0);  // -1, then one apply
-}
-
+// The simulator's own faults end to end: the topside drops the link on a broken header and
+// connects again.
 TEST_F(EndpointSim, BrokenStreamsCloseTheLinkAndItComesBack) {
     struct Case {
         long badMarker;
@@ -197,7 +146,7 @@ TEST_F(EndpointSim, ClockExchangeWithTimeSyncOnAndOff) {
 
 TEST_F(EndpointSim, FullDataBusStopsTheReaderAndNothingIsLost) {
     constexpr std::size_t kBusQueue = 8;
-    CrcObserver slow(SourceSonarData, std::chrono::microseconds(2000));
+    KeepingObserver slow(SourceSonarData, std::chrono::microseconds(2000));
     hub.Start(kBusQueue);
     hub.DataBus().Attach(&slow);
     SimOptions o = QuietSim();
@@ -221,9 +170,11 @@ TEST_F(EndpointSim, FullDataBusStopsTheReaderAndNothingIsLost) {
         if (j.at("link") == "data") sent.push_back(j.at("crc32").get<std::uint32_t>());
     }
     ASSERT_GT(sent.size(), 4 * kBusQueue);
-    ASSERT_TRUE(WaitFor([&] { return slow.count() >= sent.size(); }, 20s))
+    ASSERT_TRUE(WaitFor([&] { return slow.count() >= static_cast<int>(sent.size()); }, 20s))
         << slow.count() << " of " << sent.size();
-    EXPECT_EQ(slow.Crcs(), sent);
+    std::vector<std::uint32_t> got;
+    for (const auto& wire : slow.Kept()) got.push_back(SimCrc32(wire));
+    EXPECT_EQ(got, sent);
     EXPECT_GE(deepest, kBusQueue - 1);  // the bus really was full
     hub.DataBus().Detach(&slow);
     net.StopNetwork();
@@ -234,6 +185,7 @@ TEST_F(EndpointSim, EnableNetworkIOZeroLeavesBusesRunningWithoutEndpoints) {
     NetworkSettings s = Settings();
     s.EnableNetworkIO = 0;
     net.ApplyNetworkSettings(s);
+    EXPECT_EQ(hub.EndpointChangeCount(), 0);  // -1, then one apply, even with no endpoints
     EXPECT_EQ(hub.CommandBus().state(), MessageProcessor::Running);
     EXPECT_EQ(hub.DataBus().state(), MessageProcessor::Running);
     EXPECT_EQ(net.Endpoint(0), nullptr);

@@ -138,41 +138,29 @@ TEST(SimCommands, ClockSetAndSlewMoveOnlyTheDeviceClock) {
     EXPECT_EQ(sim.clock.NowMs(), 1700000000000LL);  // the wall clock is untouched
 }
 
-std::vector<nlohmann::json> ReadLines(const std::string& path) {
-    std::vector<nlohmann::json> out;
-    std::ifstream in(path);
-    std::string line;
-    while (std::getline(in, line) && out.size() < 100000)
-        out.push_back(nlohmann::json::parse(line));
-    return out;
-}
-
-TEST(SimCommands, LogsRecordWhatCameAndWentInOrder) {
-    const std::string dir = HALVO_BINARY_DIR;
+// What the simulator received is logged too; the controller's tests over the link read that
+// log as their witness, so a wrong entry fails them.
+TEST(SimCommands, SentLogRecordsTheRepliesInOrder) {
     SimOptions o = TestOptions();
-    o.logFile = dir + "/sim_test_received.jsonl";
-    o.sentLogFile = dir + "/sim_test_sent.jsonl";
+    o.sentLogFile = std::string(HALVO_BINARY_DIR) + "/sim_test_sent.jsonl";
     RunningSim sim(o);
     SimTestClient c(sim.server->commandPort());
-    const std::uint16_t order[] = {MsgPingRate, MsgSampleRate, MsgSystemStatus};
     std::vector<std::uint32_t> crcs;
-    for (std::uint16_t t : order) {
+    for (std::uint16_t t : {MsgPingRate, MsgSampleRate, MsgSystemStatus}) {
         auto r = Ask(c, t, 20);
         ASSERT_TRUE(r);
         crcs.push_back(SimCrc32(r->Wire()));
     }
     sim.server->Stop();
-    const auto received = ReadLines(o.logFile);
-    ASSERT_EQ(received.size(), std::size(order));
-    for (std::size_t i = 0; i < received.size(); ++i) {
-        EXPECT_EQ(received[i]["type"], order[i]);
-        EXPECT_EQ(received[i]["direction"], DirQuery);
-        EXPECT_EQ(received[i]["subsystem"], 20);
-        EXPECT_EQ(received[i]["link"], "command");
-    }
-    const auto sent = ReadLines(o.sentLogFile);
+    std::vector<nlohmann::json> sent;
+    std::ifstream in(o.sentLogFile);
+    for (std::string line; sent.size() < 100 && std::getline(in, line);)
+        sent.push_back(nlohmann::json::parse(line));
     ASSERT_EQ(sent.size(), crcs.size());
-    for (std::size_t i = 0; i < sent.size(); ++i) EXPECT_EQ(sent[i]["crc32"], crcs[i]);
+    for (std::size_t i = 0; i < sent.size(); ++i) {
+        EXPECT_EQ(sent[i]["crc32"], crcs[i]);
+        EXPECT_EQ(sent[i]["link"], "command");
+    }
 }
 
 TEST(SimCommands, Crc32MatchesTheKnownCheckValue) {

@@ -139,10 +139,11 @@ INSTANTIATE_TEST_SUITE_P(
         FormCase{85, 1, 0, SimConfig::R90, false}, FormCase{85, 4, 1, SimConfig::R90, true}),
     Name);
 
-SimSubsystem SubBottom(std::size_t pulse) {
+// The first subsystem of a fresh sonar of the given kind, plain samples.
+SimSubsystem FirstSubsystem(SimConfig config, std::size_t pulse = 0) {
     FixedWallClock wall(0);
     SimDeviceClock clock(wall);
-    SimSonarState st(SimConfig::SB, clock);
+    SimSonarState st(config, clock);
     SimSubsystem s = st.Subsystem(0);
     s.pulseIndex = pulse;
     s.channels[0].dataType = 0;
@@ -168,7 +169,7 @@ TEST(SimScene, DeepLayersLoseMoreAtHigherFrequencies) {
     for (std::size_t pulse : {3u, 4u}) {  // 0.5-7.2 kHz, then 4-12 kHz
         SimTraceBuilder b(scene, 80, 0);
         SimTraceInfo info;
-        const SimSubsystem s = SubBottom(pulse);
+        const SimSubsystem s = FirstSubsystem(SimConfig::SB, pulse);
         const auto v = b.Values(s, 0, place, info);
         const double dt = info.intervalNs * 1e-9;
         ratio.push_back(PeakNear(v, floorTime + 2.0 * deepest / 1600.0, dt) /
@@ -180,7 +181,7 @@ TEST(SimScene, DeepLayersLoseMoreAtHigherFrequencies) {
 
 TEST(SimScene, SameSeedSamePingGivesTheSameTrace) {
     const SimScene a(3), b(3), c(4);
-    const SimSubsystem s = SubBottom(0);
+    const SimSubsystem s = FirstSubsystem(SimConfig::SB);
     SimTraceBuilder ba(a, 80, 0), bb(b, 80, 0), bc(c, 80, 0);
     SimTraceInfo info;
     const auto va = ba.Values(s, 0, SimPingPlace::OfPing(9), info);
@@ -190,11 +191,7 @@ TEST(SimScene, SameSeedSamePingGivesTheSameTrace) {
 }
 
 TEST(SimScene, TheWreckCastsAShadow) {
-    FixedWallClock wall(0);
-    SimDeviceClock clock(wall);
-    SimSonarState st(SimConfig::R90, clock);
-    SimSubsystem s = st.Subsystem(0);
-    s.channels[0].dataType = 0;
+    const SimSubsystem s = FirstSubsystem(SimConfig::R90);
     const SimScene scene(1);
     SimTraceBuilder b(scene, 80, 0);
     auto meanOver = [&](std::int64_t ping, double y0, double y1) {

@@ -12,6 +12,25 @@ namespace {
 
 using Controller = SonarRig;
 
+TEST_F(Controller, FullSendAtConnectionInOrder) {
+    Make(OverallConfig::kConfigSBSS);
+    std::vector<std::string> want{"1008q@0"};
+    const struct { int sub, channels, transducers; } subs[] = {{0, 1, 1}, {20, 2, 2}, {21, 2, 2}};
+    for (const auto& s : subs) {
+        auto add = [&](const std::string& t) { want.push_back(t + "@" + std::to_string(s.sub)); };
+        for (const char* t : {"133", "122q", "1025q", "87"}) add(t);
+        for (int c = 0; c < s.channels; ++c) add("83"), add("440");
+        add("124"), add("1101");
+        for (int t = 0; t < s.transducers; ++t) add("121");
+        for (int c = 0; c < s.channels; ++c) add("140"), add("141"), add("1080");
+        for (const char* t : {"125", "129", "129q", "134", "120", "124q", "142q"}) add(t);
+    }
+    want.push_back("83@102");
+    for (int c = 0; c < 10; ++c) want.push_back("83@101");
+    want.push_back("40q@0");
+    EXPECT_EQ(Types(Connect()), want);
+}
+
 TEST_F(Controller, FirstConnectionFlagForcesTheNextCheckAfterItIsSet) {
     Make(OverallConfig::kConfigSB);
     RecorderConfig r = sonar->GetRecorder();
@@ -88,6 +107,33 @@ TEST_F(Controller, PulseNameGoesOutOnlyWhenNotEmptyEvenWhenForced) {
             EXPECT_EQ(std::string(reinterpret_cast<const char*>(it->payload.data())), pulse);
         }
     }
+}
+
+TEST_F(Controller, RecordsThatMustNotSendAndTransmitSetBeforeTheLinkIsUp) {
+    Make(OverallConfig::kConfigSBSS);
+    SonarConfig c = sonar->GetSonar(0);
+    c.flags = 0;
+    c.pulse = "Chirp 2-12kHz 20ms";
+    sonar->SetSonar(c, 0);
+    c = sonar->GetSonar(1);
+    c.subsystem = 129;
+    sonar->SetSonar(c, 1);
+    c = sonar->GetSonar(2);
+    c.sonarOn = 1;  // the link is not up yet
+    sonar->SetSonar(c, 2);
+    const std::vector<Sent> sent = Connect();
+    std::vector<Sent> sub0;
+    for (const Sent& s : sent) {
+        EXPECT_NE(s.subsystem, 129);
+        EXPECT_NE(s.type, MsgPulseName) << "only sub 0 names a pulse, and it is not in use";
+        if (s.type != MsgOptionCheck && s.type != MsgSystemStatus) sub0.push_back(s);
+    }
+    EXPECT_EQ(Types(sub0, 0), (std::vector<std::string>{"122q", "1025q", "83", "124q", "142q"}));
+    const auto on = std::find_if(sent.begin(), sent.end(), [](const Sent& s) {
+        return s.type == MsgSonarOn && s.subsystem == 21;
+    });
+    ASSERT_NE(on, sent.end());
+    EXPECT_EQ(on->Word(), 1);
 }
 
 TEST_F(Controller, SampleRateRepliesSendWindowsOnlyWhenMarkedOrChanged) {

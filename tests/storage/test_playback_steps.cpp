@@ -108,8 +108,6 @@ TEST(PlaybackPreparer, LatitudeRangeAddsTheAntennaOffset) {
     s.playbackRange1 = 950;
     PlaybackContext layback;
     layback.gpsFlags = [] { return std::int16_t{1}; };
-    EXPECT_EQ(PlaybackPreparer::RangeValue(m, 2, true), 900);
-    EXPECT_EQ(PlaybackPreparer::RangeValue(m, 2, false), 1000);
     PlaybackPreparer p;
     SonarMessage kept = m.Clone();
     EXPECT_FALSE(p.Prepare(kept, s, layback));

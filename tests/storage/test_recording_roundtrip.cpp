@@ -1,5 +1,5 @@
-// From the simulator's data link into a file and out through the file tool: every message the
-// simulator logged as sent is in the file, whole and in order. No stand-in on the way:
+// From the simulator's data link into a file and back: every message the simulator logged as
+// sent is in the file, whole and in order. No stand-in on the way:
 // the real data endpoint posts onto the hub's data bus, where the real recorder sits.
 
 #include <gtest/gtest.h>
@@ -21,7 +21,7 @@
 #include "sim/SimTestServer.h"
 #include "storage/StorageControl.h"
 #include "storage/StorageDataProcessor.h"
-#include "storage/StorageTestSupport.h"
+#include "storage/StorageRig.h"
 
 namespace halvo {
 namespace {
@@ -45,7 +45,7 @@ bool WaitFor(Pred pred, std::chrono::milliseconds limit) {
     return true;
 }
 
-TEST(RecordingRoundTrip, SimulatorToFileToDump) {
+TEST(RecordingRoundTrip, SimulatorToFileAndBack) {
     test::TempDir dir;
     SystemCoordinator coordinator;
     coordinator.SetActiveProfile(dir.File("Defaults.Hni"));
@@ -110,29 +110,14 @@ TEST(RecordingRoundTrip, SimulatorToFileToDump) {
     hub.DataBus().Detach(&counter);
     hub.DataBus().Detach(&recorder);
 
+    // The CRC covers the header too: type, direction, subsystem, channel and size all match.
+    ReadStatus end = ReadStatus::Closed;
+    const auto records = test::StorageRig::Records(dir.File("SonarData000.hsf"), &end);
+    EXPECT_EQ(end, ReadStatus::EndOfFile);
     const std::vector<nlohmann::json> sent = sentOnData();
-    const std::string file = dir.File("SonarData000.hsf");
-    std::ifstream in(file, std::ios::binary);
-    const std::vector<std::uint8_t> bytes((std::istreambuf_iterator<char>(in)), {});
-    const std::string dump = test::Run(std::string(HALVO_HSF_BIN) + " dump --json " + file);
-    std::vector<nlohmann::json> records;
-    std::istringstream lines(dump);
-    for (std::string line; std::getline(lines, line);)
-        records.push_back(nlohmann::json::parse(line));
-    ASSERT_FALSE(records.empty());
-    EXPECT_EQ(records.back()["state"], "END OF FILE");
-    records.pop_back();
     ASSERT_EQ(records.size(), sent.size());
-    for (std::size_t i = 0; i < records.size(); ++i) {
-        const nlohmann::json& r = records[i];
-        for (const char* key : {"type", "direction", "subsystem", "channel", "size"}) {
-            ASSERT_EQ(r[key], sent[i][key]) << key << " of record " << i;
-        }
-        const std::size_t at = r["offset"];
-        const std::size_t length = 16 + r["size"].get<std::size_t>();
-        ASSERT_LE(at + length, bytes.size());
-        EXPECT_EQ(SimCrc32({bytes.data() + at, length}), sent[i]["crc32"]) << i;
-    }
+    for (std::size_t i = 0; i < records.size(); ++i)
+        EXPECT_EQ(SimCrc32(records[i]), sent[i]["crc32"]) << "record " << i;
 }
 
 }  // namespace
