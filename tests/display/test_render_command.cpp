@@ -63,7 +63,8 @@ struct Png {
     }
 };
 
-// The render subcommand's exit status for display 0 of `file` with the test's settings.
+// The render subcommand's exit status for display 0 of `file` with the test's settings; `out`
+// is the picture's path and any options after it.
 int Render(const std::string& file, const std::string& out) {
     return test::RunHsf("render " + file + " --settings view.Hni --display 0 --out " + out).status;
 }

@@ -28,6 +28,7 @@
 #include "halvo-sim/SimServer.h"
 #include "platform/FakeSystemClock.h"
 #include "platform/MonotonicTickSource.h"
+#include "sim/SimTestServer.h"
 #include "sonar/SonarIF.h"
 #include "storage/HsfReader.h"
 #include "storage/StorageControl.h"
@@ -52,9 +53,7 @@ class Acceptance : public test::TempWorkDir {
   protected:
     // The simulator, then the program over the demo's settings with the simulator's ports.
     void StartProgram() {
-        SimOptions o;
-        o.portBase = 0;
-        o.discoveryPort = -1;
+        SimOptions o = test::TestOptions();
         o.quiet = true;
         o.nmeaPty = true;
         // Pings three times as fast as set, so a few seconds fill a stretch of waterfall.

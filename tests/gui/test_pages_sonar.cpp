@@ -4,7 +4,6 @@
 
 #include <QCheckBox>
 #include <chrono>
-#include <fstream>
 #include <nlohmann/json.hpp>
 #include <thread>
 
@@ -21,6 +20,7 @@
 #include "platform/FakeSystemClock.h"
 #include "platform/FakeTickSource.h"
 #include "platform/MonotonicTickSource.h"
+#include "sim/SimTestServer.h"
 #include "sonar/DataFormatWarning.h"
 #include "sonar/SonarIF.h"
 #include "system/System.h"
@@ -310,9 +310,7 @@ TEST_F(SonarPagesTest, QCPageSetsTheFilterAndEachSonarsCopyHeldToRange) {
 // 124 with the rate in thousandths.
 TEST_F(SonarPagesTest, PingRateTypedInThePageReachesTheSimulator) {
     FixedWallClock simClock(1700000000123LL);
-    SimOptions o;
-    o.portBase = 0;
-    o.discoveryPort = -1;
+    SimOptions o = test::TestOptions();
     o.quiet = true;
     o.sensors = false;
     o.logFile = (dir_ / "received.jsonl").string();
@@ -333,13 +331,9 @@ TEST_F(SonarPagesTest, PingRateTypedInThePageReachesTheSimulator) {
             [&] {
                 system_->Sonar().Tick();
                 std::this_thread::sleep_for(std::chrono::milliseconds(20));
-                std::ifstream in(dir_ / "received.jsonl");
-                std::string line;
-                for (int n = 0; n < 100000 && std::getline(in, line); ++n) {
-                    const auto j = nlohmann::json::parse(line, nullptr, false);
-                    if (j.is_discarded() || j.value("link", "") != "command" ||
-                        j.value("type", 0) != 124 || j.value("subsystem", -1) != 0)
-                        continue;
+                for (const auto& j :
+                     test::ReadSimLog((dir_ / "received.jsonl").string(), "command")) {
+                    if (j.value("type", 0) != 124 || j.value("subsystem", -1) != 0) continue;
                     const auto words = j.value("words", std::vector<std::int64_t>{});
                     if (!words.empty() && words[0] == word) return true;
                 }

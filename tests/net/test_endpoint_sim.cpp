@@ -20,6 +20,7 @@
 #include "platform/FakeSystemClock.h"
 #include "platform/FakeTickSource.h"
 #include "platform/MonotonicTickSource.h"
+#include "sim/SimTestServer.h"
 
 namespace halvo::test {
 namespace {
@@ -163,12 +164,8 @@ TEST_F(EndpointSim, FullDataBusStopsTheReaderAndNothingIsLost) {
     }
     sim->Stop();
     std::vector<std::uint32_t> sent;
-    std::ifstream log(o.sentLogFile);
-    std::string line;
-    for (int i = 0; i < 1000000 && std::getline(log, line); ++i) {
-        const auto j = nlohmann::json::parse(line);
-        if (j.at("link") == "data") sent.push_back(j.at("crc32").get<std::uint32_t>());
-    }
+    for (const auto& j : ReadSimLog(o.sentLogFile, "data"))
+        sent.push_back(j.at("crc32").get<std::uint32_t>());
     ASSERT_GT(sent.size(), 4 * kBusQueue);
     ASSERT_TRUE(WaitFor([&] { return slow.count() >= static_cast<int>(sent.size()); }, 20s))
         << slow.count() << " of " << sent.size();

@@ -152,10 +152,7 @@ TEST(SimCommands, SentLogRecordsTheRepliesInOrder) {
         crcs.push_back(SimCrc32(r->Wire()));
     }
     sim.server->Stop();
-    std::vector<nlohmann::json> sent;
-    std::ifstream in(o.sentLogFile);
-    for (std::string line; sent.size() < 100 && std::getline(in, line);)
-        sent.push_back(nlohmann::json::parse(line));
+    const std::vector<nlohmann::json> sent = ReadSimLog(o.sentLogFile);
     ASSERT_EQ(sent.size(), crcs.size());
     for (std::size_t i = 0; i < sent.size(); ++i) {
         EXPECT_EQ(sent[i]["crc32"], crcs[i]);

@@ -3,7 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <fstream>
 #include <nlohmann/json.hpp>
 
 #include "app/OverallConfig.h"
@@ -57,20 +56,16 @@ class SonarOverLink : public SonarRig {
     // the form the rig's recorder keeps (the log carries the first four payload words).
     std::vector<Sent> Witness() {
         std::vector<Sent> out;
-        std::ifstream in(dir_ / "received.jsonl");
-        std::string line;
-        for (int n = 0; n < 100000 && std::getline(in, line); ++n) {
-            const auto j = nlohmann::json::parse(line, nullptr, false);
-            if (j.is_discarded() || j.value("link", "") != "command") continue;
+        for (const auto& j : ReadSimLog((dir_ / "received.jsonl").string(), "command")) {
             Sent s{j.value("type", 0),
                    j.value("direction", 0),
                    j.value("subsystem", 0),
                    j.value("channel", 0),
                    {}};
             if (s.type == MsgAlive || s.type == MsgClock) continue;
-            for (const std::int32_t w : j.value("words", std::vector<std::int32_t>{}))
-                for (int b = 0; b < 4; ++b)
-                    s.payload.push_back(static_cast<std::uint8_t>(w >> 8 * b));
+            const auto words = j.value("words", std::vector<std::int32_t>{});
+            s.payload.resize(4 * words.size());
+            for (std::size_t i = 0; i < words.size(); ++i) PutLE(s.payload, 4 * i, words[i]);
             out.push_back(std::move(s));
         }
         return out;

@@ -6,14 +6,13 @@
 
 #include <atomic>
 #include <chrono>
-#include <fstream>
 #include <nlohmann/json.hpp>
-#include <thread>
 
 #include "app/ProgramClock.h"
 #include "app/SystemCoordinator.h"
 #include "core/MessageHub.h"
 #include "halvo-sim/SimLog.h"
+#include "net/NetTestRig.h"
 #include "net/NetworkHub.h"
 #include "net/SocketManager.h"
 #include "platform/FakeSystemClock.h"
@@ -26,7 +25,7 @@
 namespace halvo {
 namespace {
 
-using Clock = std::chrono::steady_clock;
+using test::WaitFor;
 
 struct Counter : MessageObserver {
     void DeliverMessage(SonarMessage* m, int, std::uint32_t) override {
@@ -34,16 +33,6 @@ struct Counter : MessageObserver {
     }
     std::atomic<int> seen{0};
 };
-
-template <class Pred>
-bool WaitFor(Pred pred, std::chrono::milliseconds limit) {
-    const auto end = Clock::now() + limit;
-    while (!pred()) {
-        if (Clock::now() > end) return false;
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    }
-    return true;
-}
 
 TEST(RecordingRoundTrip, SimulatorToFileAndBack) {
     test::TempDir dir;
@@ -89,16 +78,8 @@ TEST(RecordingRoundTrip, SimulatorToFileAndBack) {
     ASSERT_TRUE(WaitFor([&] { return counter.seen.load() > 20; }, std::chrono::seconds(10)));
     sim->server->Stop();  // the simulator's log is complete once it has stopped
 
-    auto sentOnData = [&] {
-        std::vector<nlohmann::json> out;
-        std::ifstream log(dir.File("sent.jsonl"));
-        for (std::string line; std::getline(log, line);) {
-            nlohmann::json j = nlohmann::json::parse(line);
-            if (j["link"] == "data") out.push_back(std::move(j));
-        }
-        return out;
-    };
-    const std::size_t expected = sentOnData().size();
+    const std::vector<nlohmann::json> sent = test::ReadSimLog(dir.File("sent.jsonl"), "data");
+    const std::size_t expected = sent.size();
     ASSERT_TRUE(WaitFor([&] { return counter.seen.load() == static_cast<int>(expected); },
                         std::chrono::seconds(5)))
         << counter.seen.load() << " of " << expected;
@@ -114,7 +95,6 @@ TEST(RecordingRoundTrip, SimulatorToFileAndBack) {
     ReadStatus end = ReadStatus::Closed;
     const auto records = test::StorageRig::Records(dir.File("SonarData000.hsf"), &end);
     EXPECT_EQ(end, ReadStatus::EndOfFile);
-    const std::vector<nlohmann::json> sent = sentOnData();
     ASSERT_EQ(records.size(), sent.size());
     for (std::size_t i = 0; i < records.size(); ++i)
         EXPECT_EQ(SimCrc32(records[i]), sent[i]["crc32"]) << "record " << i;

@@ -10,6 +10,7 @@
 #include "halvo-sim/SimServer.h"
 #include "platform/FakeSystemClock.h"
 #include "platform/MonotonicTickSource.h"
+#include "sim/SimTestServer.h"
 #include "storage/HsfReader.h"
 #include "system/HeadlessRunner.h"
 #include "system/LineCacheDocument.h"
@@ -23,9 +24,7 @@ class HeadlessTest : public test::TempWorkDir {};
 // arrives, and the recording holds traces and sensor messages.
 TEST_F(HeadlessTest, RecordsALiveSurveyAgainstTheSimulator) {
     FixedWallClock simClock(1700000000123LL);
-    SimOptions o;
-    o.portBase = 0;
-    o.discoveryPort = -1;
+    SimOptions o = test::TestOptions();
     o.quiet = true;
     o.autostart = true;
     SimServer sim(o, simClock);
