@@ -6,6 +6,7 @@
 #include <QTimer>
 #include <cstdio>
 
+#include "HeadlessProgram.h"
 #include "app/EventLog.h"
 #include "gui/sheets/CfgSheet.h"
 #include "gui/sheets/EnableTable.h"
@@ -56,7 +57,8 @@ int RunGui(int argc, char** argv, const GuiOptions& options) {
     LoggedPrompts logged;
     OperatorPrompts& prompts = options.offscreen ? static_cast<OperatorPrompts&>(logged)
                                                  : static_cast<OperatorPrompts&>(boxes);
-    System system(System::Platform{ticks, systemClock, &prompts});
+    std::unique_ptr<Beeper> alarm = AlarmFileBeeper(options.alarmFile);
+    System system(System::Platform{ticks, systemClock, &prompts, alarm.get()});
     logged.SetLog(&system.Log());
     std::FILE* eventFile = nullptr;
     if (!options.eventLog.empty()) {

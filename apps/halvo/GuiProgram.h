@@ -15,6 +15,7 @@ struct GuiOptions {
     bool ping = false;            // switch the sonars in use on once started
     bool record = false;          // press Record once started
     std::string eventLog;         // append every event log line to this file
+    std::string alarmFile;        // alert tones into this WAV file instead of the sound system
     std::string sheetScreenshot;  // a picture of the "Status And Control" sheet, with the other
     std::string sheetPage;        // the sheet's tab to show first, by caption
 };

@@ -7,6 +7,8 @@
 
 #include "platform/LinuxSystemClock.h"
 #include "platform/MonotonicTickSource.h"
+#include "platform/WavFileOutput.h"
+#include "status/SoundBeeper.h"
 #include "system/System.h"
 
 namespace halvo {
@@ -20,6 +22,11 @@ void OnStopSignal(int) {
 }
 }  // namespace
 
+std::unique_ptr<Beeper> AlarmFileBeeper(const std::string& file) {
+    if (file.empty()) return nullptr;
+    return std::make_unique<SoundBeeper>(std::make_unique<WavFileOutput>(file));
+}
+
 int RunHeadless(const HeadlessOptions& options) {
     struct sigaction sa {};
     sa.sa_handler = OnStopSignal;
@@ -30,7 +37,8 @@ int RunHeadless(const HeadlessOptions& options) {
 
     MonotonicTickSource ticks;
     LinuxSystemClock systemClock;
-    System system(System::Platform{ticks, systemClock});
+    std::unique_ptr<Beeper> alarm = AlarmFileBeeper(options.alarmFile);
+    System system(System::Platform{ticks, systemClock, nullptr, alarm.get()});
     HeadlessRunner runner(system, options, std::cout);
     return runner.Run(stopRequested);
 }

@@ -27,6 +27,9 @@ int main(int argc, char** argv) {
         ->check(CLI::Range(0.0, 1e7));
     cli.add_flag("--record", run.record, "press Record once started");
     cli.add_flag("--ping", run.ping, "switch the sonars in use on once started");
+    cli.add_option("--alarm-file", run.alarmFile,
+                   "write the alert tones to this WAV file instead of the sound system")
+        ->type_name("FILE.wav");
     cli.add_option("--play", run.play, "play these files in turn (headless)")
         ->type_name("FILE...")
         ->check(CLI::ExistingFile);
@@ -57,6 +60,7 @@ int main(int argc, char** argv) {
     gui.settings = run.settings;
     gui.ping = run.ping;
     gui.record = run.record;
+    gui.alarmFile = run.alarmFile;
     if (!headless) return halvo::RunGui(argc, argv, gui);
 #else
     if (!headless) {

@@ -69,6 +69,13 @@ bool IsBlankLine(std::string_view text) {
 
 ProfileDocument ProfileDocument::Parse(std::string_view bytes) {
     ProfileDocument doc;
+    // An editor may have saved the file with a UTF-8 byte-order mark. It is not part of the first
+    // line (which would hide that line's section), and it goes back where it was at a save.
+    static constexpr std::string_view kBom = "\xEF\xBB\xBF";
+    if (bytes.substr(0, kBom.size()) == kBom) {
+        doc.bom_ = std::string(kBom);
+        bytes.remove_prefix(kBom.size());
+    }
     std::size_t pos = 0;
     while (pos < bytes.size()) {
         const std::size_t nl = bytes.find('\n', pos);
@@ -91,8 +98,8 @@ ProfileDocument ProfileDocument::Parse(std::string_view bytes) {
 std::string ProfileDocument::Serialise() const {
     std::size_t total = 0;
     for (const Line& line : lines_) total += line.text.size() + line.eol.size();
-    std::string out;
-    out.reserve(total);
+    std::string out = bom_;
+    out.reserve(bom_.size() + total);
     for (const Line& line : lines_) {
         out += line.text;
         out += line.eol;

@@ -55,6 +55,7 @@ class ProfileDocument {
     std::string PreferredEol() const;
 
     std::vector<Line> lines_;
+    std::string bom_;  // a byte-order mark the file began with, kept for the save
 };
 
 }  // namespace halvo

@@ -19,20 +19,36 @@ MessageProcessor::MessageProcessor(std::string name, const RunFlag& runFlag,
     : name_(std::move(name)), runFlag_(runFlag), filter_(filter), utcNow_(std::move(utcNow)) {}
 
 MessageProcessor::~MessageProcessor() {
-    int running = Running;
-    if (state_.compare_exchange_strong(running, StopRequested)) {
-        for (int i = 0; i < 100 && state_.load() != Stopped; ++i) {
-            std::this_thread::sleep_for(std::chrono::milliseconds(10));
-        }
-    }
-    // Joined even past the wait above: a clean exit never leaves a thread on a dead object.
-    if (thread_.joinable()) thread_.join();
+    // An owner that did not let a stuck thread go gets the plain join: never a thread left
+    // running on a dead object.
+    if (!StopWithin(kStopWaitMs) && thread_.joinable()) thread_.join();
     if (MessageQueue* q = queue_.load()) {
         while (const QueueEntry* e = q->Peek()) {
             SonarMessage::Adopt(reinterpret_cast<std::uint8_t*>(e->third), e->length);
             q->Pop(0);
         }
     }
+}
+
+void MessageProcessor::RequestStop() {
+    int running = Running;
+    state_.compare_exchange_strong(running, StopRequested);
+}
+
+bool MessageProcessor::StopWithin(int waitMs) {
+    RequestStop();
+    if (!thread_.joinable()) return true;
+    constexpr int kStepMs = 10;
+    for (int waited = 0; waited < waitMs && state_.load() != Stopped; waited += kStepMs) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(kStepMs));
+    }
+    if (state_.load() != Stopped) return false;
+    thread_.join();
+    return true;
+}
+
+void MessageProcessor::Abandon() {
+    if (thread_.joinable()) thread_.detach();
 }
 
 void MessageProcessor::Start(std::size_t queueCapacity) {
@@ -67,12 +83,22 @@ std::uint32_t MessageProcessor::QueueDepth() const {
 
 void MessageProcessor::Attach(MessageObserver* observer) {
     if (!observer) return;
-    std::lock_guard<std::recursive_mutex> g(lock_);
+    std::lock_guard g(lock_);
     observers_.push_back(observer);
 }
 
 void MessageProcessor::Detach(MessageObserver* observer) {
-    std::lock_guard<std::recursive_mutex> g(lock_);
+    std::unique_lock g(lock_, std::defer_lock);
+    if (state_.load() == StopRequested) {
+        // A thread that does not let go within the time is stuck in an observer, and a stopping
+        // thread calls no further observer: leaving the entry is then safe, and waiting is not.
+        if (stuck_.load() || !g.try_lock_for(std::chrono::milliseconds(kStopWaitMs))) {
+            stuck_.store(true);
+            return;
+        }
+    } else {
+        g.lock();
+    }
     for (auto it = observers_.begin(); it != observers_.end(); ++it) {
         if (*it != observer) continue;
         if (walking_ > 0) {
@@ -87,7 +113,7 @@ void MessageProcessor::Detach(MessageObserver* observer) {
 }
 
 std::vector<MessageObserver*> MessageProcessor::Observers() {
-    std::lock_guard<std::recursive_mutex> g(lock_);
+    std::lock_guard g(lock_);
     std::vector<MessageObserver*> out;
     for (MessageObserver* o : observers_) {
         if (o) out.push_back(o);
@@ -98,6 +124,8 @@ std::vector<MessageObserver*> MessageProcessor::Observers() {
 void MessageProcessor::Walk(Stage stage, SonarMessage* message, int source, std::uint32_t extra) {
     ++walking_;
     for (auto it = observers_.begin(); it != observers_.end();) {
+        // Once a stop is asked for, the observers behind may already be gone.
+        if (state_.load() == StopRequested) break;
         auto next = std::next(it);
         if (MessageObserver* o = *it) (o->*stage)(message, source, extra);
         it = next;
@@ -176,7 +204,9 @@ void MessageProcessor::Run() {
             const std::int64_t wait = kIdlePeriodMs - (SteadyMs() - lastTick);
             q->Wait(static_cast<int>(wait > 0 ? wait : 1));
         }
-        if (!runFlag_.IsSet()) break;
+        // The stop request first: a thread let go by its owner must not read the run flag of a
+        // program that may have ended.
+        if (state_.load() == StopRequested || !runFlag_.IsSet()) break;
     }
     // Let the lock go even when a burst ended the loop, so the mutex dies unlocked.
     if (held) lock_.unlock();

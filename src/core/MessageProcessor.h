@@ -41,6 +41,7 @@ class MessageProcessor {
     static constexpr std::size_t kHistorySize = 32;
     static constexpr std::size_t kDefaultQueueSize = 200;
     static constexpr int kIdlePeriodMs = 50;
+    static constexpr int kStopWaitMs = 1000;
 
     MessageProcessor(std::string name, const RunFlag& runFlag, const AcquireFilter& filter,
                      UtcSecondsFn utcNow);
@@ -51,6 +52,16 @@ class MessageProcessor {
     // No effect unless not started: creates the queue and starts the bus thread.
     void Start(std::size_t queueCapacity = kDefaultQueueSize);
 
+    // Asks the thread to stop after the message in hand; returns at once. From then on a Detach
+    // waits at most kStopWaitMs for a thread stuck in an observer, which will call no other.
+    void RequestStop();
+    // Asks the thread to stop and waits up to `waitMs` for it; true once it has stopped and been
+    // joined (or never ran). False leaves a thread that is stuck inside an observer.
+    bool StopWithin(int waitMs);
+    // Lets a stuck thread go. The caller must then keep this object alive for good: the thread
+    // still runs in it, and when its observer returns it walks no further observer and ends.
+    void Abandon();
+
     // 0 when accepted (the bus owns the block and `message` is left empty), 1 otherwise (the
     // caller still owns it). Never blocks.
     int Post(SonarMessage& message, int source, std::uint32_t extra = 0);
@@ -58,7 +69,8 @@ class MessageProcessor {
     std::size_t QueueCapacity() const { return capacity_; }
 
     void Attach(MessageObserver* observer);
-    // Removes the first entry holding this observer; nothing if it is not on the list.
+    // Removes the first entry holding this observer; nothing if it is not on the list. Waits
+    // for the bus to go idle, without limit while it runs.
     void Detach(MessageObserver* observer);
 
     // Runs the three stages for one message and releases it. Takes no lock: a caller that is
@@ -98,7 +110,8 @@ class MessageProcessor {
     int walking_ = 0;  // nesting depth of observer walks on the dispatching thread
     bool needPurge_ = false;
     std::atomic<std::int64_t> lastIdleMs_{0};
-    std::recursive_mutex lock_;
+    std::recursive_timed_mutex lock_;
+    std::atomic<bool> stuck_{false};  // a stopping thread did not let the lock go in time
     std::thread thread_;
 };
 

@@ -6,11 +6,32 @@
 
 namespace halvo {
 
-int DisplayDrain::Drain(std::span<DisplayDocumentIF* const> documents, bool guardHeld) {
-    if (!guardHeld && coordinator_.EnterDisplayTimer() != 0) {
-        coordinator_.LeaveDisplayTimer();
-        return -1;
+namespace {
+
+// Leaves the display timer's guard however the pass ends: a document that throws must not keep
+// every later pass out.
+class GuardRelease {
+  public:
+    GuardRelease(SystemCoordinator& coordinator, bool active)
+        : coordinator_(coordinator), active_(active) {}
+    ~GuardRelease() {
+        if (active_) coordinator_.LeaveDisplayTimer();
     }
+    GuardRelease(const GuardRelease&) = delete;
+    GuardRelease& operator=(const GuardRelease&) = delete;
+
+  private:
+    SystemCoordinator& coordinator_;
+    bool active_;
+};
+
+}  // namespace
+
+int DisplayDrain::Drain(std::span<DisplayDocumentIF* const> documents, bool guardHeld) {
+    const bool entered = !guardHeld;
+    const bool busy = entered && coordinator_.EnterDisplayTimer() != 0;
+    const GuardRelease release(coordinator_, entered);
+    if (busy) return -1;
     const auto docs = documents.first(std::min<std::size_t>(documents.size(), kMaxDocuments));
     int delivered = 0;
     DisplayQueueEntry entry;
@@ -31,7 +52,6 @@ int DisplayDrain::Drain(std::span<DisplayDocumentIF* const> documents, bool guar
         }
     }
     if (refreshStatus_) refreshStatus_();
-    if (!guardHeld) coordinator_.LeaveDisplayTimer();
     return delivered;
 }
 

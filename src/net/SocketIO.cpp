@@ -9,6 +9,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <climits>
 #include <cstdarg>
@@ -126,18 +127,41 @@ void SocketIO::CloseHandle() {
     }
 }
 
+std::optional<std::uint32_t> SocketIO::ParseDotted(std::string_view host) {
+    std::array<unsigned, 4> part{};
+    std::size_t at = 0;
+    for (std::size_t p = 0; p < part.size(); ++p) {
+        if (p > 0) {
+            if (at >= host.size() || host[at] != '.') return std::nullopt;
+            ++at;
+        }
+        const std::size_t start = at;
+        unsigned value = 0;
+        // Every part is decimal, leading zeros included: "010" is ten, never eight.
+        while (at < host.size() && host[at] >= '0' && host[at] <= '9') {
+            value = std::min(value * 10 + static_cast<unsigned>(host[at] - '0'), 1000u);
+            ++at;
+        }
+        if (at == start || value > 255) return std::nullopt;
+        part[p] = value;
+    }
+    if (at != host.size()) return std::nullopt;
+    return htonl((part[0] << 24) | (part[1] << 16) | (part[2] << 8) | part[3]);
+}
+
 bool SocketIO::Resolve(std::uint32_t& address) {
-    in_addr a{};
-    if (::inet_pton(AF_INET, host_.c_str(), &a) == 1) {
-        address = a.s_addr;
+    if (const auto dotted = ParseDotted(host_)) {
+        address = *dotted;
         return true;
     }
+    // Text of digits and dots that is not four decimal parts is a mistyped address, not a name:
+    // the resolver would read it in its own ways (octal, hexadecimal, fewer parts).
+    if (host_.empty() || host_.find_first_not_of("0123456789.") == std::string::npos) return false;
     addrinfo hints{};
     hints.ai_family = AF_INET;
     hints.ai_socktype = SOCK_STREAM;
     addrinfo* found = nullptr;
-    if (host_.empty() || ::getaddrinfo(host_.c_str(), nullptr, &hints, &found) != 0 || !found)
-        return false;
+    if (::getaddrinfo(host_.c_str(), nullptr, &hints, &found) != 0 || !found) return false;
     address = reinterpret_cast<const sockaddr_in*>(found->ai_addr)->sin_addr.s_addr;
     ::freeaddrinfo(found);
     return true;

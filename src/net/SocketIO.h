@@ -12,8 +12,10 @@
 #include <cstdint>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace halvo {
@@ -98,6 +100,9 @@ class SocketIO {
     void TimerCheck();
     void Close();
     void SetError(const char* format, ...) __attribute__((format(printf, 2, 3)));
+
+    // A host text of four decimal parts, 0 to 255 each, in network byte order; empty otherwise.
+    static std::optional<std::uint32_t> ParseDotted(std::string_view host);
 
   private:
     bool TakeBuffer();

@@ -186,7 +186,9 @@ void SonarController::SendSubsystem(int index, bool forced) {
     }
     if (inUse) {
         if (changed(cur.pingRate, last.pingRate) || changed(cur.rangeOrRate, last.rangeOrRate)) {
-            const std::int32_t v = TruncToInt32(static_cast<double>(cur.pingRate) * 1000.0);
+            // The settings are floats and are scaled as floats: 4.1 goes out as 4100, where the
+            // same product in double gives 4099.
+            const std::int32_t v = TruncToInt32(cur.pingRate * 1000.0f);
             SendWord(cur.rangeOrRate == SonarConfig::RateHz ? MsgPingRate : MsgPingRange, sub, 0,
                      v);
         }
@@ -197,15 +199,13 @@ void SonarController::SendSubsystem(int index, bool forced) {
         for (int t = 0; t < transducers; ++t) {
             if (changed(cur.pulsePower[t], last.pulsePower[t]) ||
                 changed(cur.overallPower, last.overallPower)) {
-                const double power =
-                    static_cast<double>(cur.overallPower) * cur.pulsePower[t] / 100.0 * 10.0;
+                const float power = cur.overallPower * cur.pulsePower[t] / 100.0f * 10.0f;
                 SendWord(MsgPulsePower, sub, t, TruncToInt32(power));
             }
         }
         for (int c = 0; c < channels; ++c) {
             if (changed(cur.gain[c], last.gain[c]) || changed(cur.agc[c], last.agc[c])) {
-                SendWord(MsgChannelGain, sub, c,
-                         TruncToInt32(static_cast<double>(cur.gain[c]) * 1000.0));
+                SendWord(MsgChannelGain, sub, c, TruncToInt32(cur.gain[c] * 1000.0f));
                 SendWord(MsgChannelAGC, sub, c, cur.agc[c]);
             }
             if (changed(cur.dataType, last.dataType)) {
@@ -380,6 +380,7 @@ void SonarController::DeliverMessage(SonarMessage* message, int source, std::uin
                 for (std::size_t w = 0; w < kStatusWords; ++w) {
                     status_[w] = GetLE<std::int32_t>(payload, w * 4);
                 }
+                statusSeen_ = true;
             }
             lastStatusMs_ = ticks_.TickCount();
             break;
@@ -520,6 +521,11 @@ int SonarController::GetPulseCount(int index) const {
 std::array<std::int32_t, SonarController::kStatusWords> SonarController::GetStatus() const {
     std::lock_guard lock(mutex_);
     return status_;
+}
+
+bool SonarController::HasStatus() const {
+    std::lock_guard lock(mutex_);
+    return statusSeen_;
 }
 
 std::vector<std::uint8_t> SonarController::GetRecorderStatus() const {

@@ -95,6 +95,9 @@ class SonarController : public MessageObserver {
     int GetPulseBlockVersion(int index) const;
     int GetPulseCount(int index) const;
     std::array<std::int32_t, kStatusWords> GetStatus() const;
+    // Whether a whole system status reply has come since start: before it the words are zeros,
+    // not readings.
+    bool HasStatus() const;
     // The last 444 reply, kept whole; empty before the first.
     std::vector<std::uint8_t> GetRecorderStatus() const;
     std::int32_t PingRateReadBack(int index) const;
@@ -140,6 +143,7 @@ class SonarController : public MessageObserver {
     RecorderConfig recorder_;
     RecorderConfig recorderSent_;
     std::array<std::int32_t, kStatusWords> status_{};
+    bool statusSeen_ = false;
     std::vector<std::uint8_t> recorderStatus_;
 
     int handshake_ = kHandshakeNone;

@@ -1,7 +1,7 @@
 #pragma once
-// Puts one line per message of a bus into the event log, as the Logging flags ask: attached to
-// the data bus it writes "SONRDAT" lines, to the command bus "SONRCMD" lines. It looks at each
-// message in the first stage, as it arrived, so played records are logged like live ones.
+// Puts one line per message into the event log, as the Logging flags ask: "SONRDAT" lines for
+// the data stream, "SONRCMD" lines for the command stream. The program feeds it from the sonar
+// links (Log); attached to a bus instead it logs each message in the first stage, as it arrived.
 
 #include <cstdint>
 

@@ -1,11 +1,13 @@
 #include "system/HeadlessRunner.h"
 
 #include <chrono>
+#include <exception>
 #include <ostream>
 #include <thread>
 
 #include "app/EventLog.h"
 #include "app/Housekeeping.h"
+#include "app/Notifier.h"
 #include "app/ProgramClock.h"
 #include "storage/StorageControl.h"
 
@@ -40,6 +42,19 @@ bool HeadlessRunner::PlaybackEnded() {
            state == StateIdleRecord;
 }
 
+// The window's timer passes catch what escapes them, say so and go on; a run without a window
+// must be as hard to stop by one bad pass.
+void HeadlessRunner::Guarded(const std::function<void()>& pass) {
+    try {
+        pass();
+    } catch (const std::exception& e) {
+        system_.Notices().Notify("Timer Exception",
+                                 std::string("Exception In On Timer Main Frame: ") + e.what());
+    } catch (...) {
+        system_.Notices().Notify("Timer Exception", "Exception In On Timer Main Frame");
+    }
+}
+
 int HeadlessRunner::Run(const std::atomic<bool>& stop) {
     system_.Startup(nullptr, options_.settings);
     Housekeeping housekeeping(system_.HousekeepingSources(), &system_.Log());
@@ -59,11 +74,11 @@ int HeadlessRunner::Run(const std::atomic<bool>& stop) {
         for (auto at = std::chrono::steady_clock::now() + drainStep; at < next && !stop.load();
              at += drainStep) {
             std::this_thread::sleep_until(at);
-            system_.DrainDisplays(false);
+            Guarded([this] { system_.DrainDisplays(false); });
         }
         std::this_thread::sleep_until(next);
         next += period;
-        housekeeping.Update();
+        Guarded([&housekeeping] { housekeeping.Update(); });
         PrintNewLogLines();
         if (playing_ && PlaybackEnded() && !StartNextFile()) break;
         const double elapsed =

@@ -7,6 +7,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <functional>
 #include <iosfwd>
 #include <string>
 #include <vector>
@@ -22,6 +23,7 @@ struct HeadlessOptions {
     bool ping = false;              // switch every sonar in use on once started
     std::vector<std::string> play;  // files to play in turn
     std::uint32_t tickMs = 250;     // the housekeeping period
+    std::string alarmFile;          // alarm tones into this WAV file instead of the sound system
 };
 
 class HeadlessRunner {
@@ -36,6 +38,7 @@ class HeadlessRunner {
 
   private:
     void PrintNewLogLines();
+    void Guarded(const std::function<void()>& pass);
     bool StartNextFile();
     bool PlaybackEnded();
 

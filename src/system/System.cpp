@@ -1,7 +1,5 @@
 #include "system/System.h"
 
-#include <sys/resource.h>
-
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
@@ -16,6 +14,8 @@
 #include "app/ProgramClock.h"
 #include "app/SystemCoordinator.h"
 #include "core/MessageHub.h"
+#include "core/MessageProcessor.h"
+#include "core/SonarMessage.h"
 #include "display/DisplayDrain.h"
 #include "display/DisplayProcessingSet.h"
 #include "dsp/DisplayLineOutput.h"
@@ -27,18 +27,21 @@
 #include "nav/NavigationText.h"
 #include "net/NetworkHub.h"
 #include "net/SocketManager.h"
+#include "platform/AlsaPcmOutput.h"
 #include "platform/LinuxParallelPort.h"
+#include "platform/ProcessPriority.h"
 #include "platform/TickSource.h"
 #include "sonar/SonarIF.h"
+#include "status/SoundBeeper.h"
 #include "status/StatusControl.h"
 #include "status/StatusDataProcessor.h"
 #include "status/StatusSources.h"
-#include "status/TerminalBeeper.h"
 #include "storage/LoggingControl.h"
 #include "storage/MessageLogObserver.h"
 #include "storage/PerFileLog.h"
 #include "storage/StorageControl.h"
 #include "storage/StorageDataProcessor.h"
+#include "system/DisplayStateReader.h"
 #include "system/LineCacheDocument.h"
 #include "system/LogNotifier.h"
 #include "system/SonarModelChannelMap.h"
@@ -76,7 +79,7 @@ System::System(Platform platform) : platform_(platform) {
 
     Beeper* beeper = platform_.beeper;
     if (beeper == nullptr) {
-        ownBeeper_ = std::make_unique<TerminalBeeper>();
+        ownBeeper_ = std::make_unique<SoundBeeper>(std::make_unique<AlsaPcmOutput>());
         beeper = ownBeeper_.get();
     }
     statusControl_ = std::make_unique<StatusControl>(*coordinator_);
@@ -98,12 +101,19 @@ System::System(Platform platform) : platform_(platform) {
     sonarMap_ = std::make_unique<SonarModelChannelMap>(sonarView_);
     chain_ = std::make_unique<HalvoDisplaysDataProcessor>(*displays_, *general_, *lineOutput_,
                                                           sonarMap_.get());
+    displayStates_ = std::make_unique<DisplayStateReader>(*displays_, *general_, *chain_);
     lines_ = std::make_unique<LineCacheDocument>();
     documents_.push_back(lines_.get());
     drain_ = std::make_unique<DisplayDrain>(displays_->Queue(), *coordinator_);
 
     dataLog_ = std::make_unique<MessageLogObserver>(LogStream::Data, *logging_, *log_);
     commandLog_ = std::make_unique<MessageLogObserver>(LogStream::Command, *logging_, *log_);
+    // Socket traffic is logged by the links themselves: a reply once its body has arrived, a
+    // command once its bytes have left. Played records and serial lines never reach these lines,
+    // and a command that never went out is never logged as sent.
+    network_->SetMessageLog([this](const SonarMessage& message, std::string_view label) {
+        (label == "SONRCMD" ? commandLog_ : dataLog_)->Log(message);
+    });
     MakeRecorder();
     WireSequence();
 }
@@ -116,6 +126,9 @@ System::~System() {
 // Threads stop while everything they touch still exists: the sockets, the serial readers, the
 // status writer; the buses stop with the hub, last.
 void System::StopThreads() {
+    // The buses first: from here an observer that detaches cannot be held for ever by a bus
+    // thread stuck in another one.
+    if (hub_) hub_->RequestStop();
     if (network_) network_->StopNetwork();
     if (sockets_) sockets_->Stop();
     if (serial_) serial_->Stop();
@@ -133,6 +146,7 @@ void System::MakeRecorder() {
         }
         return std::nullopt;
     };
+    hooks.bathy = [this](const SonarMessage& trace) { return displayStates_->Bathy(trace); };
     hooks.events = log_.get();
     hooks.logging = logging_.get();
     hooks.notifier = notifier_;
@@ -172,7 +186,7 @@ void System::MakeRecorder() {
             snap.decimationPre = s.frameDecimator;
             snap.decimationPost = s.pixelDecimator;
             snap.mux = static_cast<unsigned>(s.specialOptions);
-            for (int c = 0; c < s.inputChannels && c < SonarConfig::kMaxChannels; ++c) {
+            for (int c = 0; c < s.ChannelCount(); ++c) {
                 ChannelGainSnapshot g;
                 g.automatic = s.agc[c] != 0;
                 g.manualGain = s.gain[c];
@@ -181,6 +195,8 @@ void System::MakeRecorder() {
                 snap.gains.push_back(g);
             }
             snap.dacGain = s.overallPower;
+            // "of" is followed by each transducer's own share of the overall power.
+            for (int t = 0; t < s.TransducerCount(); ++t) snap.dac.push_back(s.pulsePower[t]);
             snap.pulse = s.pulse;
             out.push_back(std::move(snap));
         }
@@ -250,8 +266,7 @@ void System::WireSequence() {
             network_->Save();
         },
         [this] {
-            hub_->Start(platform_.busQueue != 0 ? platform_.busQueue
-                                                : MessageProcessor::kDefaultQueueSize);
+            hub_->Start(platform_.busQueue != 0 ? platform_.busQueue : ReadBusQueueSize());
             network_->StartNetwork();
         }};
     // The recorder registers itself on the bus at the first settings change, as the page does.
@@ -276,15 +291,23 @@ void System::WireSequence() {
             sources.attitudeText = [this](const ConstTraceHeaderView& th) {
                 return AttitudeText(th, general_->Snapshot().WaterSoundSpeed);
             };
+            sources.sonar = [this](int index) {
+                SonarChannels out;
+                if (!sonar_ || index < 0 || index >= sonar_->GetNumSonars()) return out;
+                const SonarConfig s = sonar_->GetSonar(index);
+                out.firstChannel = s.channelOffset;
+                out.channels = s.ChannelCount();
+                return out;
+            };
+            sources.display = [this](int display) { return displayStates_->State(display); };
+            sources.systemStatus = [this]() -> std::optional<SystemStatusWords> {
+                if (!sonar_ || !sonar_->Controller().HasStatus()) return std::nullopt;
+                return sonar_->GetStatus();
+            };
             status_->SetSources(std::move(sources));
             status_->start();
         }};
-    // The message lines of the event log watch both buses from the first stage.
-    sequence_[Component::Logs] = {[this] { logging_->Load(); }, [this] { logging_->Save(); },
-                                  [this] {
-                                      hub_->DataBus().Attach(dataLog_.get());
-                                      hub_->CommandBus().Attach(commandLog_.get());
-                                  }};
+    sequence_[Component::Logs] = {[this] { logging_->Load(); }, [this] { logging_->Save(); }, {}};
 }
 
 void System::ReadInstallation() {
@@ -343,13 +366,38 @@ void System::StartSystem() {
     sequence_.StartAll();
 }
 
+// Both buses take their capacity from the settings at start; a change waits for the next start.
+// Every slot is allocated up front, so a wild value is held to a size that cannot exhaust memory.
+std::size_t System::ReadBusQueueSize() {
+    IniFile ini(*coordinator_);
+    ini.Open("Messages");
+    const std::int32_t size = ini.ReadInt(
+        "ProcessorQueueSize", static_cast<std::int32_t>(MessageProcessor::kDefaultQueueSize));
+    const std::int32_t used = std::clamp<std::int32_t>(size, 1, kMaxBusQueue);
+    if (used != size) {
+        log_->Add("MESSAGES : ProcessorQueueSize " + std::to_string(size) +
+                  " out of range, using " + std::to_string(used));
+    }
+    return static_cast<std::size_t>(used);
+}
+
 void System::ReadMain() {
     IniFile ini(*coordinator_);
     ini.Open(kMainSection);
     main_.priority = ini.ReadInt("Priority", 0);
     main_.timerSource = ini.ReadInt("TimerSource", -1);
-    // High priority asks for a better nice value; without the privilege it stays as it is.
-    if (main_.priority != 0) ::setpriority(PRIO_PROCESS, 0, -5);
+    // High priority asks for a better nice value, and 0 returns every thread to normal (a load
+    // can turn it off again). Without the privilege a raise is refused and the run goes on.
+    const bool high = main_.priority != 0;
+    if (high != highPriority_) {
+        const int refused = ProcessPriority::Shift(high ? ProcessPriority::kHighShift
+                                                        : -ProcessPriority::kHighShift);
+        if (high && refused != 0) {
+            log_->Add("MAIN : High priority refused");
+        } else {
+            highPriority_ = high;
+        }
+    }
     if (main_.timerSource >= 0) clock_->SetSource(main_.timerSource);
     // Loading the time base calibrates the program's clock from the system clock.
     clock_->SyncFromSystem();
@@ -506,6 +554,7 @@ Housekeeping::Sources System::HousekeepingSources() {
     s.navStatus = [this] { return stamping_->getNavStatus(); };
     s.altitudeDisplayNumber = [this] { return status_->getAlertSettings().altitudeDisplay; };
     s.statusAltitudeMetres = [this] { return status_->getRecord().altitude / 1000.0; };
+    s.trackedAltitude = [this](int display) { return displayStates_->TrackedAltitude(display); };
     s.statusLine = [this] { return status_->statusLine(); };
     s.sonarTick = [this] {
         if (sonar_) sonar_->Tick();

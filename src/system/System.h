@@ -22,6 +22,7 @@ namespace halvo {
 class Beeper;
 class DisplayDocumentIF;
 class DisplayDrain;
+class DisplayStateReader;
 class DisplayLineOutput;
 class DisplayProcessingSet;
 class HalvoDisplaysDataProcessor;
@@ -57,7 +58,7 @@ class System {
         TickSource& ticks;
         SystemClock& systemClock;
         Notifier* notifier = nullptr;  // null: notices go to the event log
-        Beeper* beeper = nullptr;      // null: the terminal bell
+        Beeper* beeper = nullptr;      // null: the sound system, else the terminal bell
         std::size_t busQueue = 0;      // 0: the bus default
         int socketTimerMs = 1000;      // the socket thread's once-a-second checks
     };
@@ -72,6 +73,7 @@ class System {
     static constexpr std::int32_t kSystemVersion = 11;
     static constexpr std::uint32_t kEndingPollMs = 50;
     static constexpr int kEndingPolls = 60;
+    static constexpr std::int32_t kMaxBusQueue = 100000;
 
     explicit System(Platform platform);
     ~System();
@@ -158,6 +160,7 @@ class System {
     void StartSystem();
     void WireSequence();
     void ReadMain();
+    std::size_t ReadBusQueueSize();
     void WriteMain();
     void LoadRecentFiles();
     void SaveRecentFiles();
@@ -184,6 +187,7 @@ class System {
     std::unique_ptr<DisplayLineOutput> lineOutput_;
     std::unique_ptr<SonarModelChannelMap> sonarMap_;
     std::unique_ptr<HalvoDisplaysDataProcessor> chain_;
+    std::unique_ptr<DisplayStateReader> displayStates_;
     std::unique_ptr<LineCacheDocument> lines_;
     std::unique_ptr<DisplayDrain> drain_;
     std::vector<DisplayDocumentIF*> documents_;
@@ -209,6 +213,7 @@ class System {
     std::vector<std::string> recent_;
     bool recentLoaded_ = false;
     bool loaded_ = false;
+    bool highPriority_ = false;  // threads moved up by a Priority setting
     bool started_ = false;
     bool ended_ = false;
 };
