@@ -2,7 +2,6 @@
 
 #include <alsa/asoundlib.h>
 
-
 namespace halvo {
 
 namespace {

@@ -34,8 +34,8 @@ DisplayState DisplayStateReader::State(int display) const {
     state.bottomSample = b->bottomSample;
     // Half the two-way travel to the tracked bottom; no rate yet means no altitude yet.
     if (b->sampleRate > 0)
-        state.trackedAltitude = b->bottomSample / static_cast<double>(b->sampleRate) *
-                                b->soundSpeed * 0.5;
+        state.trackedAltitude =
+            b->bottomSample / static_cast<double>(b->sampleRate) * b->soundSpeed * 0.5;
     // The chain publishes the reflection level of display 0 only.
     if (display == 0) state.reflection = chain_.LatestReflection();
     return state;

@@ -26,6 +26,7 @@
 #include "sim/SimTestServer.h"
 #include "status/StatusDataProcessor.h"
 #include "storage/HsfTestWriter.h"
+#include "storage/StorageTestSupport.h"
 #include "system/HeadlessRunner.h"
 
 namespace halvo {
@@ -74,9 +75,8 @@ TEST_F(SystemWiringTest, LiveSurveyReachesStatusAlertsBathymetryAndLogs) {
     ASSERT_TRUE(sim.started);
     {
         std::ofstream ini("survey.Hni");
-        ini << "[MessageSonarCommand]\nHostName=127.000.000.010\nPort="
-            << sim.server->commandPort() << "\n[MessageSonarData]\nHostName=127.0.0.010\nPort="
-            << sim.server->dataPort()
+        ini << "[MessageSonarCommand]\nHostName=127.000.000.010\nPort=" << sim.server->commandPort()
+            << "\n[MessageSonarData]\nHostName=127.0.0.010\nPort=" << sim.server->dataPort()
             << "\n[Network]\nReconnectInterval=500\n[Messages]\nProcessorQueueSize=333\n"
                "[Storage]\nRecordDir="
             << dir_.string()
@@ -178,12 +178,50 @@ TEST_F(SystemWiringTest, PlaybackWritesBathymetryAndNoSocketLines) {
     EXPECT_NEAR(bathy[4], 15000, 30);
 }
 
+// The alarm as the operator hears it from the real program: a raised alert sounds its tone,
+// here into a WAV file in place of the sound card, at the pitch and length of the settings.
+TEST_F(SystemWiringTest, RaisedAlertSoundsItsToneFromTheProgram) {
+    SimOptions o = test::TestOptions();
+    o.quiet = true;
+    o.autostart = true;
+    test::RunningSim sim(o);
+    ASSERT_TRUE(sim.started);
+    std::ofstream("survey.Hni") << "[MessageSonarCommand]\nHostName=127.0.0.1\nPort="
+                                << sim.server->commandPort()
+                                << "\n[MessageSonarData]\nHostName=127.0.0.1\nPort="
+                                << sim.server->dataPort()
+                                << "\n[DisplayProcessing0]\nChannel=0\nTVGStart=30\n"
+                                   "[Status]\nAlertFlags=0x104\nAltitudeWarningLevel=1000\n"
+                                   "BeepWarningInterval=200\nBeepTone=1000\nBeepDuration=100\n";
+    const std::string out = test::Run(std::string(HALVO_BIN) +
+                                      " --headless --settings survey.Hni --duration 4 --ping "
+                                      "--alarm-file alarm.wav");
+    EXPECT_NE(out.find("ALERTS : Alerts pending 4"), std::string::npos) << out;
+    const std::string wav = ReadFile("alarm.wav");
+    ASSERT_GT(wav.size(), 44u) << out;
+    EXPECT_EQ(wav.substr(0, 4), "RIFF");
+    const auto samples = (wav.size() - 44) / 2;
+    // Whole tones of 100 ms at 48 kHz, one per pass of the beep thread.
+    EXPECT_EQ(samples % 4800, 0u);
+    EXPECT_GE(samples, 4800u);
+    const std::span<const std::uint8_t> bytes(
+        reinterpret_cast<const std::uint8_t*>(wav.data()) + 44, 4800 * 2);
+    int crossings = 0;
+    for (std::size_t i = 1; i < 4800; ++i) {
+        const auto a = GetLE<std::int16_t>(bytes, 2 * (i - 1));
+        const auto b = GetLE<std::int16_t>(bytes, 2 * i);
+        crossings += (a < 0) != (b < 0) ? 1 : 0;
+    }
+    EXPECT_NEAR(crossings, 200, 4);  // 1000 Hz for a tenth of a second
+}
+
 // Settings written by another editor, priority taken back, and a bus thread stuck in an observer:
 // none of them may lose settings or hang the program.
 TEST_F(SystemWiringTest, ByteOrderMarkPriorityAndAStuckBusAtExit) {
     const std::string bom = "\xEF\xBB\xBF";
-    WriteFile("survey.Hni", bom + "[Messages]\r\nProcessorQueueSize=77\r\n[Main]\r\nPriority=1\r\n"
-                                  "[MessageSonarCommand]\r\nHostName=127.0.0.1\r\nPort=9\r\n");
+    WriteFile("survey.Hni", bom +
+                                "[Messages]\r\nProcessorQueueSize=77\r\n[Main]\r\nPriority=1\r\n"
+                                "[MessageSonarCommand]\r\nHostName=127.0.0.1\r\nPort=9\r\n");
     auto nices = [] {
         std::vector<int> out;
         for (const auto& t : std::filesystem::directory_iterator("/proc/self/task"))
@@ -230,7 +268,8 @@ TEST_F(SystemWiringTest, ByteOrderMarkPriorityAndAStuckBusAtExit) {
     ASSERT_EQ(system->Hub().DataBus().Post(m, SourceLocal), 0);
     {
         std::unique_lock lock(stuck.mutex);
-        ASSERT_TRUE(stuck.wake.wait_for(lock, std::chrono::seconds(10), [] { return stuck.entered; }));
+        ASSERT_TRUE(
+            stuck.wake.wait_for(lock, std::chrono::seconds(10), [] { return stuck.entered; }));
     }
     auto ending = std::async(std::launch::async, [&system] { system.reset(); });
     EXPECT_EQ(ending.wait_for(std::chrono::seconds(20)), std::future_status::ready);
