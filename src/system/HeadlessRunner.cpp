@@ -57,6 +57,7 @@ void HeadlessRunner::Guarded(const std::function<void()>& pass) {
 
 int HeadlessRunner::Run(const std::atomic<bool>& stop) {
     system_.Startup(nullptr, options_.settings);
+    system_.FinishStartup();
     Housekeeping housekeeping(system_.HousekeepingSources(), &system_.Log());
     PrintNewLogLines();
     if (options_.ping) system_.SwitchSonarsOn();

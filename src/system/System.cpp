@@ -22,6 +22,7 @@
 #include "dsp/HalvoDisplaysDataProcessor.h"
 #include "dsp/SegyDataProcessor.h"
 #include "dsp/SonarChannelSettings.h"
+#include "extensions/InstalledExtensions.h"
 #include "nav/NavigationConfig.h"
 #include "nav/NavigationInput.h"
 #include "nav/NavigationText.h"
@@ -55,6 +56,7 @@ constexpr const char* kRecentSection = "Recent File List";
 
 System::System(Platform platform) : platform_(platform) {
     coordinator_ = std::make_unique<SystemCoordinator>();
+    extensions_ = std::make_unique<InstalledExtensions>();
     clock_ = std::make_unique<ProgramClock>(platform_.ticks, platform_.systemClock);
     log_ = std::make_unique<EventLog>(*clock_);
     if (platform_.notifier != nullptr) {
@@ -217,6 +219,10 @@ void System::MakeSonar() {
 }
 
 void System::WireSequence() {
+    // Extensions read and write their settings before the fixed sections, at every load and save.
+    sequence_[Component::Extensions] = {[this] { extensions_->List().ReadSettings(); },
+                                        [this] { extensions_->List().WriteSettings(); },
+                                        {}};
     sequence_[Component::General] = {[this] { general_->Load(); }, [this] { general_->Save(); },
                                      [this] { general_->Start(); }};
     // The display chain attaches to the data bus ahead of stamping, as designed: it sees each
@@ -315,14 +321,7 @@ void System::ReadInstallation() {
     ini.Open("HalvoConfig");
     const OverallConfig::Installation inst = OverallConfig::ReadInstallation(ini);
     overall_->SetInstallation(inst.configType, inst.topsideForEngineering != 0);
-    // Extensions register in this order: the multi-ping family first, then sediment.
-    extensions_.clear();
-    if (inst.multiPing == 2) {
-        extensions_.push_back("DynamicFocus");
-    } else if (inst.multiPing != 0) {
-        extensions_.push_back("MultiPing");
-    }
-    if (inst.sedimentClassification != 0) extensions_.push_back("SedimentClassification");
+    extensions_->SwitchOn(inst.multiPing, inst.sedimentClassification);
 }
 
 void System::Startup(MainWindowHost* host, std::string_view defaultsFile) {
@@ -361,9 +360,19 @@ void System::OpenDisplays() {
     }
 }
 
+// Extensions make their observers (phase 0) and hooks (phase 1) before any fixed subsystem
+// starts, so what they attach sits ahead of the fixed observers on each bus.
 void System::StartSystem() {
     coordinator_->Running().Raise();
+    extensions_->List().StartPhase(0);
+    extensions_->List().StartPhase(1);
     sequence_.StartAll();
+}
+
+void System::FinishStartup() {
+    if (!started_ || finished_) return;
+    finished_ = true;
+    extensions_->List().StartPhase(3);
 }
 
 // Both buses take their capacity from the settings at start; a change waits for the next start.

@@ -26,6 +26,7 @@ class DisplayStateReader;
 class DisplayLineOutput;
 class DisplayProcessingSet;
 class HalvoDisplaysDataProcessor;
+class InstalledExtensions;
 class LineCacheDocument;
 class SonarModelChannelMap;
 class LinuxParallelPort;
@@ -84,6 +85,9 @@ class System {
     // file, the defaults file, then the system itself. Call once. A defaults file given here
     // takes the place of ./HalvoDefaults.Hni, for loading and for saving.
     void Startup(MainWindowHost* host = nullptr, std::string_view defaultsFile = {});
+    // The last start-up step, once the windows and their views exist (the headless run has
+    // none, so it follows Startup at once): the extensions' phase 3. Once.
+    void FinishStartup();
 
     // Loads a settings file into every subsystem, as the operator's "Load Configuration" does.
     void LoadFile(std::string_view file);
@@ -113,7 +117,7 @@ class System {
     void AddRecentFile(std::string_view file);
     bool Loaded() const { return loaded_; }
     const MainValues& Main() const { return main_; }
-    const std::vector<std::string>& Extensions() const { return extensions_; }
+    InstalledExtensions& Extensions() { return *extensions_; }
     SystemSequence& Sequence() { return sequence_; }
 
     SystemCoordinator& Coordinator() { return *coordinator_; }
@@ -209,13 +213,14 @@ class System {
 
     SystemSequence sequence_;
     MainValues main_;
-    std::vector<std::string> extensions_;
+    std::unique_ptr<InstalledExtensions> extensions_;
     std::vector<std::string> recent_;
     bool recentLoaded_ = false;
     bool loaded_ = false;
     bool highPriority_ = false;  // threads moved up by a Priority setting
     bool started_ = false;
     bool ended_ = false;
+    bool finished_ = false;
 };
 
 }  // namespace halvo

@@ -10,6 +10,7 @@
 #include "core/MessageHub.h"
 #include "dsp/HalvoDisplaysDataProcessor.h"
 #include "dsp/SegyDataProcessor.h"
+#include "extensions/InstalledExtensions.h"
 #include "nav/NavigationConfig.h"
 #include "net/NetworkHub.h"
 #include "platform/FakeSystemClock.h"
@@ -73,6 +74,39 @@ TEST_F(SystemTest, ObserversSitOnEachBusInTheDesignedOrder) {
     EXPECT_EQ(command[1], static_cast<MessageObserver*>(system.Network().Endpoint(0)));
 }
 
+// The installation switches extensions on in a fixed order, and the program drives them at its
+// fixed moments: settings before the fixed sections, phases 0 and 1 before the subsystems start,
+// phase 3 once the views exist, never a phase 2.
+TEST_F(SystemTest, ExtensionsSwitchedOnByTheInstallationAreDrivenInOrder) {
+    const struct {
+        const char* config;
+        std::vector<std::string> names;
+    } cases[] = {
+        {"Config=MPX\n", {"MultiPing"}},  // multi-ping by default on that unit
+        {"Config=MPX\nMultiPing=0\nSedimentClassification=1\n", {"SedimentClassification"}},
+        {"Config=Odd\nSedimentClassification=3\nMultiPing=2\n",
+         {"DynamicFocus", "SedimentClassification"}},
+    };
+    for (const auto& c : cases) {
+        std::ofstream("HalvoConfig.ini") << "[HalvoConfig]\n" << c.config;
+        System system(Platform());
+        system.Startup();
+        EXPECT_EQ(system.Extensions().List().Names(), c.names) << c.config;
+        system.FinishStartup();
+        system.FinishStartup();  // once only
+        ASSERT_TRUE(system.SaveFile("saved.Hni"));
+        std::vector<std::string> expected;
+        for (const char* step : {"read", "phase 0", "phase 1", "phase 3", "write"}) {
+            for (const std::string& n : c.names) expected.push_back(std::string(step) + " " + n);
+        }
+        EXPECT_EQ(system.Extensions().List().Trace(), expected) << c.config;
+        const auto trace = system.Sequence().Trace();
+        ASSERT_FALSE(trace.empty());
+        EXPECT_EQ(trace.front(), "reload extensions");
+        system.Ending(false);
+    }
+}
+
 // Values read from the files are used and saved again. A save, a load of what was saved and a
 // second save give the same file; what must not come back from a file does not.
 TEST_F(SystemTest, SettingsSurviveARoundTripExceptWhatIsForcedAtLoad) {
@@ -82,7 +116,8 @@ TEST_F(SystemTest, SettingsSurviveARoundTripExceptWhatIsForcedAtLoad) {
     {
         System system(Platform());
         system.Startup();
-        EXPECT_EQ(system.Extensions(), std::vector<std::string>{"SedimentClassification"});
+        EXPECT_EQ(system.Extensions().List().Names(),
+                  std::vector<std::string>{"SedimentClassification"});
         EXPECT_EQ(system.Main().timerSource, 3);
         EXPECT_EQ(system.Storage().getSettings().recordDir, "/data");
         SonarConfig s = system.Sonar().GetSonar(0);

@@ -79,6 +79,7 @@ void ProgramWindows::Start(std::string_view settings) {
     AddSonarPages(*sheet_, system_, context_);
     optionsStore_.SetSonarAccess(SonarOptionsAccess(system_.Sonar()));
     displays_ = OpenDisplayWindows(frame_, sheet_, system_, context_);
+    system_.FinishStartup();
 }
 
 void ProgramWindows::Show() {
