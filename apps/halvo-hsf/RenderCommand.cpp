@@ -16,9 +16,9 @@
 #include "display/WaterfallImage.h"
 #include "display/WaterfallPlot.h"
 #include "halvo-hsf/LinePlayer.h"
-#include "halvo-hsf/PngWriter.h"
 #include "halvo-hsf/Progress.h"
 #include "halvo-hsf/RecordJson.h"
+#include "output/drawing/PngWriter.h"
 #include "storage/HsfReader.h"
 
 namespace halvo::hsf {
