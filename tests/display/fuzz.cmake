@@ -1,3 +1,1 @@
-if(TARGET halvo_waterfall)
-    halvo_add_fuzz_replay(NAME fuzz_palette LIBS halvo_waterfall LABEL display)
-endif()
+halvo_add_fuzz_replay(NAME fuzz_palette LIBS halvo_waterfall LABEL display)

@@ -7,10 +7,8 @@ halvo_add_test(NAME test_serial_input
     LABELS nav)
 
 # End to end: the simulator's NMEA pty feeds a port thread and the stamping observer puts the
-# position into a trace. Needs the stamping library and the simulator library.
-if(TARGET halvo_stamping AND TARGET halvo_simlib)
-    halvo_add_test(NAME test_serial_stamping
-        SOURCES ${CMAKE_CURRENT_SOURCE_DIR}/test_serial_stamping.cpp
-        LIBS halvo_serial halvo_stamping halvo_simlib
-        LABELS nav)
-endif()
+# position into a trace.
+halvo_add_test(NAME test_serial_stamping
+    SOURCES ${CMAKE_CURRENT_SOURCE_DIR}/test_serial_stamping.cpp
+    LIBS halvo_serial halvo_stamping halvo_simlib
+    LABELS nav)
