@@ -3,7 +3,7 @@
 #include <utility>
 #include <vector>
 
-#include "dsp/SonarChannelSettings.h"
+#include "stamping/SonarChannelSettings.h"
 
 namespace halvo::hsf {
 

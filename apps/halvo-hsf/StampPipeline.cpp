@@ -8,7 +8,7 @@
 #include "core/MessageTypes.h"
 #include "core/Normalise.h"
 #include "core/TraceHeader.h"
-#include "dsp/SonarChannelSettings.h"
+#include "stamping/SonarChannelSettings.h"
 
 namespace halvo::hsf {
 

@@ -13,10 +13,10 @@
 #include "app/ProgramClock.h"
 #include "app/SystemCoordinator.h"
 #include "core/SonarMessage.h"
-#include "dsp/SegyDataProcessor.h"
 #include "nav/NavigationConfig.h"
 #include "platform/SystemClock.h"
 #include "platform/TickSource.h"
+#include "stamping/SegyDataProcessor.h"
 #include "storage/PlaybackPreparer.h"
 #include "storage/StorageSettings.h"
 

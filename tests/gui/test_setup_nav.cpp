@@ -2,10 +2,10 @@
 #include "app/GeneralSettings.h"
 #include "app/ProgramClock.h"
 #include "core/MessageHub.h"
-#include "dsp/SegyDataProcessor.h"
 #include "gui/pages/SetupNav.h"
 #include "nav/NavigationConfig.h"
 #include "nav/NavigationInput.h"
+#include "stamping/SegyDataProcessor.h"
 
 namespace halvo {
 namespace {

@@ -3,9 +3,9 @@
 #include <chrono>
 #include <string>
 
-#include "dsp/StampingRig.h"
 #include "halvo-sim/SimNmeaPty.h"
 #include "nav/SerialInputRig.h"
+#include "stamping/StampingRig.h"
 
 namespace halvo {
 namespace {

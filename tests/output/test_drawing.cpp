@@ -56,10 +56,10 @@ TEST_F(DrawingTest, ShapesLandOnWholePixelsAndTextInItsBox) {
     const struct {
         int x, y;
         DrawColour colour;
-    } expected[] = {{2, 3, kBlue},   {4, 5, kBlue},   {5, 5, kWhite},  {1, 3, kWhite},
-                    {10, 1, kRed},   {20, 1, kRed},   {21, 1, kWhite}, {9, 1, kWhite},
-                    {15, 0, kWhite}, {15, 2, kWhite}, {25, 10, kRed},  {30, 14, kRed},
-                    {27, 12, kWhite}, {25, 12, kRed}, {39, 29, kBlue}};
+    } expected[] = {{2, 3, kBlue},    {4, 5, kBlue},   {5, 5, kWhite},  {1, 3, kWhite},
+                    {10, 1, kRed},    {20, 1, kRed},   {21, 1, kWhite}, {9, 1, kWhite},
+                    {15, 0, kWhite},  {15, 2, kWhite}, {25, 10, kRed},  {30, 14, kRed},
+                    {27, 12, kWhite}, {25, 12, kRed},  {39, 29, kBlue}};
     for (const auto& e : expected) EXPECT_EQ(c.At(e.x, e.y), e.colour) << e.x << "," << e.y;
 
     // Text: ink only inside the box it was given, and some of it there.

@@ -14,10 +14,10 @@
 #include <utility>
 
 #include "app/GeneralSettings.h"
-#include "dsp/SegyDataProcessor.h"
 #include "nav/NavigationInput.h"
 #include "nav/NavigationStatusText.h"
 #include "nav/SentenceHistory.h"
+#include "stamping/SegyDataProcessor.h"
 
 namespace halvo {
 

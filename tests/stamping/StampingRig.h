@@ -15,9 +15,9 @@
 #include "core/MessageTypes.h"
 #include "core/SonarMessage.h"
 #include "core/TraceHeader.h"
-#include "dsp/SegyDataProcessor.h"
 #include "platform/FakeSystemClock.h"
 #include "platform/FakeTickSource.h"
+#include "stamping/SegyDataProcessor.h"
 
 namespace halvo::test {
 

@@ -1,4 +1,4 @@
-#include "dsp/ClockSteering.h"
+#include "stamping/ClockSteering.h"
 
 #include <cmath>
 #include <cstdlib>

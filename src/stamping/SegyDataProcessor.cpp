@@ -1,12 +1,12 @@
-#include "dsp/SegyDataProcessor.h"
+#include "stamping/SegyDataProcessor.h"
 
 #include "app/GeneralSettings.h"
 #include "app/ProgramClock.h"
 #include "core/MessageTypes.h"
 #include "core/SonarMessage.h"
 #include "core/TraceHeader.h"
-#include "dsp/SeawaterDepth.h"
-#include "dsp/TraceStampSteps.h"
+#include "stamping/SeawaterDepth.h"
+#include "stamping/TraceStampSteps.h"
 
 namespace halvo {
 

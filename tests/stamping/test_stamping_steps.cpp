@@ -9,10 +9,10 @@
 #include <cmath>
 
 #include "core/SonarMessage.h"
-#include "dsp/SeawaterDepth.h"
-#include "dsp/TraceStampSteps.h"
 #include "nav/NavigationSnapshot.h"
 #include "nav/NavigationText.h"
+#include "stamping/SeawaterDepth.h"
+#include "stamping/TraceStampSteps.h"
 
 namespace halvo {
 namespace {

@@ -1,4 +1,4 @@
-#include "dsp/SonarChannelSettings.h"
+#include "stamping/SonarChannelSettings.h"
 
 #include <string>
 

@@ -4,7 +4,7 @@
 
 #include <vector>
 
-#include "dsp/SegyDataProcessor.h"
+#include "stamping/SegyDataProcessor.h"
 
 namespace halvo {
 

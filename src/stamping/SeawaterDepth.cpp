@@ -1,4 +1,4 @@
-#include "dsp/SeawaterDepth.h"
+#include "stamping/SeawaterDepth.h"
 
 #include <algorithm>
 #include <cmath>

@@ -5,9 +5,9 @@
 
 #include <fstream>
 
-#include "HsfTool.h"
 #include "app/TempWorkDir.h"
-#include "dsp/StampingRig.h"
+#include "dsp/HsfTool.h"
+#include "stamping/StampingRig.h"
 #include "storage/HsfTestWriter.h"
 
 namespace halvo {

@@ -5,8 +5,8 @@
 
 #include <tuple>
 
-#include "dsp/ClockSteering.h"
-#include "dsp/StampingRig.h"
+#include "stamping/ClockSteering.h"
+#include "stamping/StampingRig.h"
 
 namespace halvo::test {
 namespace {

@@ -6,7 +6,7 @@
 
 #include <thread>
 
-#include "dsp/StampingRig.h"
+#include "stamping/StampingRig.h"
 
 namespace halvo {
 namespace {

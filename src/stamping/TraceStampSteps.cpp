@@ -1,4 +1,4 @@
-#include "dsp/TraceStampSteps.h"
+#include "stamping/TraceStampSteps.h"
 
 #include <cmath>
 

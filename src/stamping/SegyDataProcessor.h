@@ -17,13 +17,13 @@
 
 #include "app/GeneralValues.h"
 #include "core/MessageObserver.h"
-#include "dsp/ClockSteering.h"
-#include "dsp/LatchedPayload.h"
 #include "nav/NavigationConfig.h"
 #include "nav/NavigationFix.h"
 #include "nav/NavigationState.h"
 #include "nav/SentenceHistory.h"
 #include "nav/SentenceParser.h"
+#include "stamping/ClockSteering.h"
+#include "stamping/LatchedPayload.h"
 
 namespace halvo {
 
