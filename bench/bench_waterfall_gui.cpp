@@ -104,10 +104,11 @@ void BM_LiveLinesFourDisplays(benchmark::State& state) {
             for (int d = 0; d < kDisplays; ++d) {
                 SonarDataCacheElement& e = rig.lines[static_cast<std::size_t>(next++ % 64)];
                 e.displayIndex = d;
-                rig.doc.OnDisplayNotice(DisplayDocumentIF::kStoreElement, &e);
+                rig.doc.OnDisplayNotice(DisplayDocumentIF::kStoreElement,
+                                        std::make_shared<const SonarDataCacheElement>(e));
             }
         }
-        rig.doc.OnDisplayNotice(DisplayDocumentIF::kUpdateViews, nullptr);
+        rig.doc.OnDisplayNotice(DisplayDocumentIF::kUpdateViews, {});
         QApplication::processEvents();  // the paints of the new columns
         cpu += ThreadSeconds() - t0;
     }
@@ -122,9 +123,10 @@ void BM_FullRedraw1920x1000(benchmark::State& state) {
     for (int i = 0; i < 200; ++i) {
         SonarDataCacheElement& e = rig.lines[static_cast<std::size_t>(i % 64)];
         e.displayIndex = 0;
-        rig.doc.OnDisplayNotice(DisplayDocumentIF::kStoreElement, &e);
+        rig.doc.OnDisplayNotice(DisplayDocumentIF::kStoreElement,
+                                std::make_shared<const SonarDataCacheElement>(e));
     }
-    rig.doc.OnDisplayNotice(DisplayDocumentIF::kUpdateViews, nullptr);
+    rig.doc.OnDisplayNotice(DisplayDocumentIF::kUpdateViews, {});
     rig.Settle();
     CWaterfallView& view = *rig.views.front();
     for (auto _ : state) {

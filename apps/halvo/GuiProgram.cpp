@@ -58,7 +58,9 @@ int RunGui(int argc, char** argv, const GuiOptions& options) {
     OperatorPrompts& prompts = options.offscreen ? static_cast<OperatorPrompts&>(logged)
                                                  : static_cast<OperatorPrompts&>(boxes);
     std::unique_ptr<Beeper> alarm = AlarmFileBeeper(options.alarmFile);
-    System system(System::Platform{ticks, systemClock, &prompts, alarm.get()});
+    System::Platform platform{ticks, systemClock, &prompts, alarm.get()};
+    platform.windows = true;
+    System system(platform);
     logged.SetLog(&system.Log());
     std::FILE* eventFile = nullptr;
     if (!options.eventLog.empty()) {

@@ -2,9 +2,9 @@
 // What the display timer talks to: an open waterfall document. The notice carries either one
 // element to store (first argument 0) or the word that a burst is complete (first argument 1).
 
-namespace halvo {
+#include "display/SonarDataCacheElement.h"
 
-class SonarDataCacheElement;
+namespace halvo {
 
 class DisplayDocumentIF {
   public:
@@ -13,8 +13,8 @@ class DisplayDocumentIF {
     static constexpr int kUpdateViews = 1;
 
     virtual ~DisplayDocumentIF() = default;
-    // The element lives only for the call; a document that keeps it copies it.
-    virtual void OnDisplayNotice(int argument, const SonarDataCacheElement* element) = 0;
+    // The line, shared: a document that keeps it keeps the pointer. Null with kUpdateViews.
+    virtual void OnDisplayNotice(int argument, const SharedLine& line) = 0;
 };
 
 }  // namespace halvo

@@ -38,9 +38,9 @@ int DisplayDrain::Drain(std::span<DisplayDocumentIF* const> documents, bool guar
     // Only what waits now: a writer that keeps adding must not hold the timer forever.
     for (std::uint32_t n = queue_.Waiting(); n > 0 && queue_.Take(entry); --n) {
         if (entry.kind == DisplayQueue::kElement && entry.element) {
+            const SharedLine line(std::move(entry.element));
             for (DisplayDocumentIF* doc : docs) {
-                if (doc)
-                    doc->OnDisplayNotice(DisplayDocumentIF::kStoreElement, entry.element.get());
+                if (doc) doc->OnDisplayNotice(DisplayDocumentIF::kStoreElement, line);
             }
             ++delivered;
         }
@@ -48,7 +48,7 @@ int DisplayDrain::Drain(std::span<DisplayDocumentIF* const> documents, bool guar
     }
     if (delivered > 0) {
         for (DisplayDocumentIF* doc : docs) {
-            if (doc) doc->OnDisplayNotice(DisplayDocumentIF::kUpdateViews, nullptr);
+            if (doc) doc->OnDisplayNotice(DisplayDocumentIF::kUpdateViews, {});
         }
     }
     if (refreshStatus_) refreshStatus_();

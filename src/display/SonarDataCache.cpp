@@ -6,10 +6,10 @@ SonarDataCache::SonarDataCache(int capacity) {
     Resize(capacity);
 }
 
-void SonarDataCache::Add(const SonarDataCacheElement& element) {
+void SonarDataCache::Add(SharedLine line) {
     ++total_;
     if (slots_.empty()) return;
-    slots_[static_cast<std::size_t>(head_)] = std::make_unique<SonarDataCacheElement>(element);
+    slots_[static_cast<std::size_t>(head_)] = std::move(line);
     head_ = (head_ + 1) % Capacity();
 }
 

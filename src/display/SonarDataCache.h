@@ -1,6 +1,7 @@
 #pragma once
 // The newest lines of one display, looked up by age. Touched only on the user interface thread,
-// so it has no lock. The ring keeps copies: the queue's element is destroyed after delivery.
+// so it has no lock. The ring shares the lines it is given; a line lives as long as any cache or
+// output still holds it.
 
 #include <cstdint>
 #include <memory>
@@ -18,8 +19,12 @@ class SonarDataCache {
 
     explicit SonarDataCache(int capacity = kDefaultCapacity);
 
-    // Stores a copy in the head slot, dropping the oldest line there.
-    void Add(const SonarDataCacheElement& element);
+    // Stores the line in the head slot, dropping the oldest line there.
+    void Add(SharedLine line);
+    // The same with a copy of the element.
+    void Add(const SonarDataCacheElement& element) {
+        Add(std::make_shared<const SonarDataCacheElement>(element));
+    }
     // Age 0 is the newest; null for an empty slot and for the ten oldest slots.
     const SonarDataCacheElement* Get(int age) const;
     // Lines ever added; survives Resize.
@@ -29,7 +34,7 @@ class SonarDataCache {
     int Capacity() const { return static_cast<int>(slots_.size()); }
 
   private:
-    std::vector<std::unique_ptr<SonarDataCacheElement>> slots_;
+    std::vector<SharedLine> slots_;
     int head_ = 0;
     std::int64_t total_ = 0;
 };

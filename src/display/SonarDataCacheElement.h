@@ -6,6 +6,7 @@
 #include <array>
 #include <atomic>
 #include <cstdint>
+#include <memory>
 #include <vector>
 
 #include "core/TraceHeader.h"
@@ -45,5 +46,9 @@ class SonarDataCacheElement {
     static inline std::atomic<std::uint64_t> made_{0};
     static inline std::atomic<std::uint64_t> destroyed_{0};
 };
+
+// A finished line as the drain hands it on: made once on the bus thread, then shared, never
+// copied, by every cache, window and output that keeps it.
+using SharedLine = std::shared_ptr<const SonarDataCacheElement>;
 
 }  // namespace halvo

@@ -7,12 +7,13 @@
 
 namespace halvo {
 
-bool SonarDataCacheSet::Add(const SonarDataCacheElement& element) {
-    const int d = element.displayIndex;
+bool SonarDataCacheSet::Add(SharedLine line) {
+    if (!line) return false;
+    const int d = line->displayIndex;
     if (d < 0 || d >= kDisplays) return false;
     auto& cache = caches_[static_cast<std::size_t>(d)];
     if (!cache) cache = std::make_unique<SonarDataCache>(initialCapacity_);
-    cache->Add(element);
+    cache->Add(std::move(line));
     return true;
 }
 

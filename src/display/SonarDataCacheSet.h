@@ -22,8 +22,11 @@ class SonarDataCacheSet {
     explicit SonarDataCacheSet(int initialCapacity = SonarDataCache::kDefaultCapacity)
         : initialCapacity_(initialCapacity) {}
 
-    // Adds to the cache of the element's display; false for an index outside 0 to 9.
-    bool Add(const SonarDataCacheElement& element);
+    // Adds to the cache of the line's display; false for an index outside 0 to 9.
+    bool Add(SharedLine line);
+    bool Add(const SonarDataCacheElement& element) {
+        return Add(std::make_shared<const SonarDataCacheElement>(element));
+    }
     // Null until the display's first line.
     SonarDataCache* Cache(int display);
     const SonarDataCache* Cache(int display) const;

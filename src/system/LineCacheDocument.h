@@ -1,7 +1,7 @@
 #pragma once
-// The system's own display document: it keeps the newest lines of every display in caches and
-// counts what arrived, so that a run without windows (and the demo's summary) sees the same
-// lines a waterfall would.
+// The system's own display document: it counts what arrived for every display and, in a run
+// without windows, keeps the newest lines in caches, so that such a run sees the lines a
+// waterfall would. With windows their documents keep the lines, and this one only counts.
 
 #include <array>
 #include <atomic>
@@ -15,12 +15,14 @@ namespace halvo {
 
 class LineCacheDocument final : public DisplayDocumentIF {
   public:
-    void OnDisplayNotice(int argument, const SonarDataCacheElement* element) override {
-        if (argument != kStoreElement || element == nullptr) return;
-        if (caches_.Add(*element)) {
-            const int d = element->displayIndex;
-            if (d >= 0 && d < SonarDataCacheSet::kDisplays) lines_[d].fetch_add(1);
-        }
+    explicit LineCacheDocument(bool keepLines = true) : keepLines_(keepLines) {}
+
+    void OnDisplayNotice(int argument, const SharedLine& line) override {
+        if (argument != kStoreElement || !line) return;
+        const int d = line->displayIndex;
+        if (d < 0 || d >= SonarDataCacheSet::kDisplays) return;
+        if (keepLines_) caches_.Add(line);
+        lines_[d].fetch_add(1);
     }
     // Lines delivered to display d since the start.
     std::uint64_t Lines(int d) const {
@@ -29,6 +31,7 @@ class LineCacheDocument final : public DisplayDocumentIF {
     SonarDataCacheSet& Caches() { return caches_; }
 
   private:
+    bool keepLines_;
     SonarDataCacheSet caches_;
     std::array<std::atomic<std::uint64_t>, SonarDataCacheSet::kDisplays> lines_{};
 };

@@ -104,7 +104,7 @@ System::System(Platform platform) : platform_(platform) {
     chain_ = std::make_unique<HalvoDisplaysDataProcessor>(*displays_, *general_, *lineOutput_,
                                                           sonarMap_.get());
     displayStates_ = std::make_unique<DisplayStateReader>(*displays_, *general_, *chain_);
-    lines_ = std::make_unique<LineCacheDocument>();
+    lines_ = std::make_unique<LineCacheDocument>(!platform_.windows);
     documents_.push_back(lines_.get());
     drain_ = std::make_unique<DisplayDrain>(displays_->Queue(), *coordinator_);
 

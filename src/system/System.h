@@ -62,6 +62,7 @@ class System {
         Beeper* beeper = nullptr;      // null: the sound system, else the terminal bell
         std::size_t busQueue = 0;      // 0: the bus default
         int socketTimerMs = 1000;      // the socket thread's once-a-second checks
+        bool windows = false;          // window documents keep the lines; the system only counts
     };
 
     // Section Main of the defaults file.

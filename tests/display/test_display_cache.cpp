@@ -108,9 +108,9 @@ TEST(DisplayQueue, HoldsTwoHundredInOrderAndGivesBackOnFull) {
 
 class RecordingDocument : public DisplayDocumentIF {
   public:
-    void OnDisplayNotice(int argument, const SonarDataCacheElement* element) override {
+    void OnDisplayNotice(int argument, const SharedLine& line) override {
         if (argument == kStoreElement) {
-            caches.Add(*element);
+            caches.Add(line);
         } else {
             ++updates;
         }
@@ -135,6 +135,8 @@ TEST(DisplayDrain, DeliversEveryElementThenOneUpdate) {
         EXPECT_EQ(d->updates, 1);
         for (int i = 0; i < 3; ++i) ASSERT_NE(d->caches.Cache(i), nullptr);
     }
+    // One line for every document that keeps it, not a copy each.
+    EXPECT_EQ(a.caches.Cache(1)->Get(0), b.caches.Cache(1)->Get(0));
     EXPECT_EQ(q.Waiting(), 0u);
     // Nothing waiting: no update, but the status still refreshes.
     EXPECT_EQ(drain.Drain(docs), 0);

@@ -33,7 +33,8 @@ class WaterfallViews : public ::testing::Test {
         return e;
     }
     void Deliver(const SonarDataCacheElement& e) {
-        doc_.OnDisplayNotice(DisplayDocumentIF::kStoreElement, &e);
+        doc_.OnDisplayNotice(DisplayDocumentIF::kStoreElement,
+                             std::make_shared<const SonarDataCacheElement>(e));
     }
     void Edit(const std::function<void(DisplayProcessingConfig&)>& change) {
         auto r = displays_.Lock(0);
@@ -63,7 +64,7 @@ TEST_F(WaterfallViews, NoticeStoresLinesByDisplayAndUpdatesViewsOnce) {
     Deliver(a);
     Deliver(outside);  // no cache for display 10: not kept, no crash
     EXPECT_EQ(counter.updates, 0);
-    doc_.OnDisplayNotice(DisplayDocumentIF::kUpdateViews, nullptr);
+    doc_.OnDisplayNotice(DisplayDocumentIF::kUpdateViews, {});
     EXPECT_EQ(counter.updates, 1);
     ASSERT_NE(doc_.ExistingCache(3), nullptr);
     EXPECT_EQ(doc_.ExistingCache(3)->Total(), 1);
@@ -91,7 +92,7 @@ TEST_F(WaterfallViews, NewLinesBecomeThePlotsColumnsInTheRing) {
     std::vector<SonarDataCacheElement> lines;
     for (int p = 0; p < 3; ++p) lines.push_back(Line(p, 40));
     for (const auto& l : lines) Deliver(l);
-    doc_.OnDisplayNotice(DisplayDocumentIF::kUpdateViews, nullptr);
+    doc_.OnDisplayNotice(DisplayDocumentIF::kUpdateViews, {});
 
     const WaterfallRing& ring = view.Ring();
     const int h = ring.Height();
@@ -112,7 +113,7 @@ TEST_F(WaterfallViews, NewLinesBecomeThePlotsColumnsInTheRing) {
     // One more line moves everything by two columns: the old newest is now column 2.
     const SonarDataCacheElement next = Line(9, 40);
     Deliver(next);
-    doc_.OnDisplayNotice(DisplayDocumentIF::kUpdateViews, nullptr);
+    doc_.OnDisplayNotice(DisplayDocumentIF::kUpdateViews, {});
     RenderWaterfallColumn(&lines[2], {&cfg, &g, 2.0, 0, h, 0}, {expected.data(), 1});
     for (int y = 0; y < h; ++y) ASSERT_EQ(ring.IndexAt(2, y), expected[y]);
 
@@ -140,7 +141,7 @@ TEST_F(WaterfallViews, CursorReadoutAndZoomDrag) {
     EXPECT_EQ(view.StatusText(), "No Data At Cursor");
     const SonarDataCacheElement l = Line(1, 300);
     Deliver(l);
-    doc_.OnDisplayNotice(DisplayDocumentIF::kUpdateViews, nullptr);
+    doc_.OnDisplayNotice(DisplayDocumentIF::kUpdateViews, {});
     // The line's length widened the ruler and brought the scroll bar.
     QApplication::processEvents();
     const int newRight = view.Plot().Right();

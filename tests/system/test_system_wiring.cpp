@@ -159,7 +159,7 @@ TEST_F(SystemWiringTest, PlaybackWritesBathymetryAndNoSocketLines) {
     // A document whose first update throws: the run says so and goes on draining.
     struct Throwing final : DisplayDocumentIF {
         int updates = 0;
-        void OnDisplayNotice(int argument, const SonarDataCacheElement*) override {
+        void OnDisplayNotice(int argument, const SharedLine&) override {
             if (argument == kUpdateViews && updates++ == 0) throw std::runtime_error("bad view");
         }
     } document;

@@ -48,8 +48,8 @@ void CWaterfallDoc::UpdateAllViews() {
     for (WaterfallDocView* v : views) v->OnDocumentUpdate();
 }
 
-void CWaterfallDoc::OnDisplayNotice(int argument, const SonarDataCacheElement* element) {
-    DisplayNoticeEvent e(argument, element);
+void CWaterfallDoc::OnDisplayNotice(int argument, const SharedLine& line) {
+    DisplayNoticeEvent e(argument, line);
     QCoreApplication::sendEvent(this, &e);
 }
 
@@ -57,10 +57,9 @@ bool CWaterfallDoc::event(QEvent* e) {
     if (e->type() != DisplayNoticeEvent::kType) return QObject::event(e);
     const auto* notice = static_cast<DisplayNoticeEvent*>(e);
     if (notice->Argument() == kStoreElement) {
-        const SonarDataCacheElement* element = notice->Element();
-        if (element != nullptr) {
+        if (const SharedLine& line = notice->Line()) {
             // An index outside 0 to 9 finds no cache, and the line is not kept.
-            if (SonarDataCache* cache = GetCache(element->displayIndex)) cache->Add(*element);
+            if (SonarDataCache* cache = GetCache(line->displayIndex)) cache->Add(line);
         }
     } else if (notice->Argument() == kUpdateViews) {
         UpdateAllViews();

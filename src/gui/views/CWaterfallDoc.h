@@ -30,14 +30,14 @@ class DisplayNoticeEvent final : public QEvent {
   public:
     static constexpr QEvent::Type kType =
         static_cast<QEvent::Type>(QEvent::User + DisplayDocumentIF::kNewLinesNotice);
-    DisplayNoticeEvent(int argument, const SonarDataCacheElement* element)
-        : QEvent(kType), argument_(argument), element_(element) {}
+    DisplayNoticeEvent(int argument, SharedLine line)
+        : QEvent(kType), argument_(argument), line_(std::move(line)) {}
     int Argument() const { return argument_; }
-    const SonarDataCacheElement* Element() const { return element_; }
+    const SharedLine& Line() const { return line_; }
 
   private:
     int argument_;
-    const SonarDataCacheElement* element_;
+    SharedLine line_;
 };
 
 class CWaterfallDoc final : public QObject, public DisplayDocumentIF {
@@ -64,7 +64,7 @@ class CWaterfallDoc final : public QObject, public DisplayDocumentIF {
 
     // DisplayDocumentIF: sends the notice to this object as an event, synchronously, because
     // the element is gone once the call returns.
-    void OnDisplayNotice(int argument, const SonarDataCacheElement* element) override;
+    void OnDisplayNotice(int argument, const SharedLine& line) override;
 
   protected:
     bool event(QEvent* e) override;
