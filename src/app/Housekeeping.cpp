@@ -1,5 +1,6 @@
 #include "app/Housekeeping.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 
@@ -50,6 +51,21 @@ Housekeeping::Result Housekeeping::Update() {
         }
     }
 
+    if (src_.statusStyle) {
+        StatusLineStyle style = src_.statusStyle();
+        style.fontSize =
+            std::clamp(style.fontSize, StatusLineStyle::kMinFont, StatusLineStyle::kMaxFont);
+        style.lines = std::clamp(style.lines, 0, StatusLineStyle::kMaxLines);
+        if (style != style_) {
+            style_ = style;
+            result.barChanged = true;
+        }
+    }
+
+    // The alert words reach their own pane at every pass, so a new alert shows as soon as the
+    // status line does; a word of 0 clears the pane.
+    UpdateAlerts(result);
+
     // 2. The sonar controller.
     if (src_.sonarTick) src_.sonarTick();
 
@@ -82,6 +98,17 @@ Housekeeping::Result Housekeeping::Update() {
         }
     }
     return result;
+}
+
+void Housekeeping::UpdateAlerts(Result& result) {
+    if (!src_.alertWord) return;
+    const std::uint32_t word = src_.alertWord();
+    std::string text = word != 0 && src_.alertText ? src_.alertText() : std::string();
+    PaneState& pane = panes_[kAlertPane];
+    if (pane.text == text && (pane.state == 2) == (word != 0)) return;
+    // Red with white text, steady: the altitude pane already blinks for the same word.
+    SetPane(kAlertPane, word != 0 ? 2 : 0, std::move(text));
+    result.barChanged = true;
 }
 
 void Housekeeping::UpdateIndicators(Result& result) {

@@ -29,6 +29,17 @@ struct PaneState {
     friend bool operator==(const PaneState&, const PaneState&) = default;
 };
 
+// How the status line is shown: its text height in pixels and how many lines it may take
+// (0 hides it). Held to the ranges the status page offers.
+struct StatusLineStyle {
+    static constexpr int kMinFont = 5;
+    static constexpr int kMaxFont = 100;
+    static constexpr int kMaxLines = 3;
+    int fontSize = 22;
+    int lines = 1;
+    friend bool operator==(const StatusLineStyle&, const StatusLineStyle&) = default;
+};
+
 // The recorder's state, reduced to what its pane shows.
 struct RecorderIndicator {
     enum Row { Record, Playback, IdlePlayback, EndOfFile, Other };
@@ -43,6 +54,7 @@ class Housekeeping {
     static constexpr int kLinkPane = 1;
     static constexpr int kRecorderPane = 2;
     static constexpr int kAltitudePane = 3;
+    static constexpr int kAlertPane = 4;
     static constexpr std::uint32_t kStatusHoldMs = 3000;
     static constexpr int kIndicatorEvery = 8;
 
@@ -56,6 +68,8 @@ class Housekeeping {
         std::function<RecorderIndicator()> recorder;   // storage status
         std::function<std::uint32_t()> sonarLinkWord;  // first word of the command link status
         std::function<std::uint32_t()> alertWord;      // pending alerts
+        std::function<std::string()> alertText;        // " ROLL", " ALT" ... for that word
+        std::function<StatusLineStyle()> statusStyle;  // FontSize and StatusLines
         std::function<int()> altitudeDisplayNumber;    // -1 status record, 0-9 display, 10+ alerts
         std::function<double()> statusAltitudeMetres;  // status record's altitude
         std::function<double(int)> trackedAltitude;    // a display's tracked altitude, metres
@@ -77,6 +91,7 @@ class Housekeeping {
 
     // The message pane's text: the status line, or a held message.
     const std::string& StatusText() const { return statusText_; }
+    const StatusLineStyle& LineStyle() const { return style_; }
     // Shows a message in the message pane and holds it there for kStatusHoldMs.
     void ShowMessage(std::string text);
 
@@ -92,6 +107,7 @@ class Housekeeping {
     void UpdateLink(bool playback, Result& result);
     void UpdateRecorder(Result& result);
     void UpdateAltitude(Result& result);
+    void UpdateAlerts(Result& result);
     void Log(const char* line);
     std::uint32_t Now() const;
 
@@ -99,6 +115,7 @@ class Housekeeping {
     EventLog* log_;
     std::array<PaneState, kPanes> panes_{};
     std::string statusText_;
+    StatusLineStyle style_;
     std::uint32_t holdTime_ = 0;
     bool holding_ = false;
     std::uint32_t blink_ = 0;

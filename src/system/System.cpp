@@ -572,6 +572,11 @@ Housekeeping::Sources System::HousekeepingSources() {
         return static_cast<std::uint32_t>(network_->GetStatus()[0].connectionCount);
     };
     s.alertWord = [this] { return status_->getAlerts(); };
+    s.alertText = [this] { return status_->alertText(); };
+    s.statusStyle = [this] {
+        const halvo::StatusSettings st = status_->getSettings();
+        return StatusLineStyle{st.fontSize, st.statusLines};
+    };
     s.sonarChangeCount = [this] { return sonar_ ? sonar_->GetChangeCount() : 0; };
     s.recorder = [this] {
         const StorageStatus st = storage_->getStatus();

@@ -32,6 +32,7 @@ class HousekeepingTest : public ::testing::Test {
         s.sonarLinkWord = [this] { return w_.link; };
         s.recorder = [this] { return w_.recorder; };
         s.alertWord = [this] { return w_.alerts; };
+        s.alertText = [this] { return w_.alerts != 0 ? "ALERTS:  LEAK DISK" : " No Alerts"; };
         s.altitudeDisplayNumber = [this] { return w_.altitudeDisplay; };
         s.statusAltitudeMetres = [this] { return w_.altitude; };
         s.trackedAltitude = [](int display) { return -1.0 * display; };
@@ -120,6 +121,23 @@ TEST_F(HousekeepingTest, RecorderAndAltitudeRules) {
         EXPECT_EQ(hk_.Pane(3).text, c.text) << c.display << " " << c.altitude;
         EXPECT_EQ(hk_.Pane(3).state, c.state) << c.text;
     }
+}
+
+// The alert words have a pane of their own, shown at the next pass and cleared by a word of 0,
+// whatever the altitude pane is set to watch.
+TEST_F(HousekeepingTest, AlertPaneFollowsTheWordAtEveryPass) {
+    w_.altitudeDisplay = 10;
+    Run(250);
+    EXPECT_EQ(hk_.Pane(Housekeeping::kAlertPane).text, "");
+    w_.alerts = 0x30;
+    w_.tick += 250;
+    EXPECT_TRUE(hk_.Update().barChanged);
+    EXPECT_EQ(hk_.Pane(Housekeeping::kAlertPane).text, "ALERTS:  LEAK DISK");
+    EXPECT_EQ(hk_.Pane(Housekeeping::kAlertPane).state, 2);
+    w_.alerts = 0;
+    Run(250);
+    EXPECT_EQ(hk_.Pane(Housekeeping::kAlertPane).text, "");
+    EXPECT_EQ(hk_.Pane(Housekeeping::kAlertPane).state, 0);
 }
 
 TEST_F(HousekeepingTest, HeldMessageKeepsTheStatusLineAwayForThreeSeconds) {

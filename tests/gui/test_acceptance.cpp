@@ -9,6 +9,7 @@
 
 #include <QAction>
 #include <QCheckBox>
+#include <QLabel>
 #include <QMenuBar>
 #include <QPushButton>
 #include <atomic>
@@ -20,6 +21,7 @@
 #include "display/SonarDataCache.h"
 #include "gui/sheets/CfgSheet.h"
 #include "gui/sheets/EnterKeyFilter.h"
+#include "gui/sheets/SetupWizard.h"
 #include "gui/sheets/SheetPage.h"
 #include "gui/shell/CColorStatusBar.h"
 #include "gui/shell/ProgramWindows.h"
@@ -30,6 +32,7 @@
 #include "platform/MonotonicTickSource.h"
 #include "sim/SimTestServer.h"
 #include "sonar/SonarIF.h"
+#include "status/StatusDataProcessor.h"
 #include "storage/HsfReader.h"
 #include "storage/StorageControl.h"
 #include "system/LineCacheDocument.h"
@@ -188,7 +191,19 @@ TEST_F(Acceptance, LiveSurveyIsShownRecordedAndPlayedBackWhole) {
     ASSERT_TRUE(Run([&] { return storage.getStatus().state == StateRecord; }));
     const std::string file = storage.getStatus().file;
     test::PumpFor(3000);
+    // The status line reads every sonar's pings and signals, at the size a wheelhouse needs, and
+    // the altitude alarm set above the tracked seabed has a pane of its own.
+    CColorStatusBar& bar = *windows_->Frame().ColourBar();
+    for (const char* item : {"SB ", "SL ", "SH ", "SBS ", "SLS ", "SHS ", "RC "})
+        EXPECT_TRUE(bar.Message().contains(item)) << item << " in " << bar.Message().toStdString();
+    EXPECT_EQ(bar.MessagePixelSize(), 22);
+    EXPECT_EQ(bar.PaneText(Housekeeping::kAlertPane), "ALERTS:  ALT");
     test::Screenshot(windows_->Frame(), "acceptance-live.png");
+    halvo::StatusSettings style = system_->Status().getSettings();
+    style.fontSize = 30;
+    style.statusLines = 2;
+    system_->Status().setSettings(style);
+    ASSERT_TRUE(Run([&] { return bar.MessagePixelSize() == 30 && bar.MessageLines() == 2; }));
     test::Button(Page("Disk"), "Stop")->click();
     ASSERT_TRUE(Run([&] { return storage.getStatus().state == StateIdleRecord; }));
 
@@ -229,6 +244,27 @@ TEST_F(Acceptance, LiveSurveyIsShownRecordedAndPlayedBackWhole) {
     for (int d = 1; d < kDisplays; ++d) EXPECT_GT(system_->Lines().Lines(d), base[d]) << d;
     EXPECT_EQ(LinkPane(), "NET:PB");
     test::Screenshot(windows_->Frame(), "acceptance-played.png");
+}
+
+// Every name the wizard's connection help puts in quotes is on the screen: the sheet, its page,
+// and the labels of the rows and columns the operator is sent to.
+TEST_F(Acceptance, ConnectionHelpNamesWhatTheWindowShows) {
+    ASSERT_NO_FATAL_FAILURE(StartProgram());
+    QWidget* network = Page("Network");
+    ASSERT_NE(network, nullptr);
+    QStringList shown{windows_->Sheet().windowTitle(), "Network"};
+    for (const QLabel* l : network->findChildren<QLabel*>()) shown << l->text();
+    const std::string help = SetupWizard::ConnectionHelpText();
+    int named = 0;
+    for (std::size_t at = help.find('"'); at != std::string::npos;) {
+        const std::size_t end = help.find('"', at + 1);
+        ASSERT_NE(end, std::string::npos) << help;
+        const QString name = QString::fromStdString(help.substr(at + 1, end - at - 1));
+        EXPECT_TRUE(shown.contains(name)) << name.toStdString();
+        ++named;
+        at = help.find('"', end + 1);
+    }
+    EXPECT_GE(named, 5);
 }
 
 TEST_F(Acceptance, GainTypedInTheDisplayPageChangesTheNextLines) {

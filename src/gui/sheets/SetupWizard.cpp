@@ -31,9 +31,10 @@ const char* SetupWizard::ConnectionHelpText() {
            "for data.\n\n"
            "While there is no connection the NET box of the status bar blinks red; it turns to "
            "NET:ON as soon as the command link is up.\n\n"
-           "Enter the sonar's address and socket number on the network page (Devices): the "
-           "command socket is 1600 and the data socket 1601 unless the sonar was set up "
-           "otherwise. \"Find\" on that page searches the local network for sonars.";
+           "Enter the sonar's address on the \"Network\" page of the \"Status And Control\" "
+           "sheet, in the \"Host\" and \"Port\" columns of the \"Sonar Command\" and "
+           "\"Sonar Data\" rows: the command port is 1600 and the data port 1601 unless the "
+           "sonar was set up otherwise.";
 }
 
 void SetupWizard::ShowConnectionHelp() {

@@ -1,6 +1,8 @@
 #include "gui/shell/CColorStatusBar.h"
 
+#include <QFontMetrics>
 #include <QLabel>
+#include <algorithm>
 
 namespace halvo {
 
@@ -30,6 +32,23 @@ void CColorStatusBar::SetMessage(const QString& text) {
 
 QString CColorStatusBar::Message() const {
     return message_->text();
+}
+
+void CColorStatusBar::SetMessageStyle(int pixelSize, int lines) {
+    if (pixelSize == MessagePixelSize() && lines == lines_) return;
+    QFont font = message_->font();
+    font.setPixelSize(std::max(1, pixelSize));
+    message_->setFont(font);
+    lines_ = lines;
+    message_->setVisible(lines > 0);
+    message_->setWordWrap(lines > 1);
+    // Exactly the lines asked for: a longer status text is cut rather than growing the bar.
+    const int height = QFontMetrics(font).lineSpacing() * std::max(1, lines) + 2;
+    message_->setFixedHeight(height);
+}
+
+int CColorStatusBar::MessagePixelSize() const {
+    return message_->font().pixelSize();
 }
 
 void CColorStatusBar::SetPaneText(int pane, const QString& text) {

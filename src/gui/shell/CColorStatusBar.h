@@ -21,6 +21,11 @@ class CColorStatusBar : public QStatusBar {
 
     void SetMessage(const QString& text);
     QString Message() const;
+    // The status line's text height in pixels and the lines it may wrap onto; 0 lines hides
+    // it. Large on purpose: it is read from across a wheelhouse.
+    void SetMessageStyle(int pixelSize, int lines);
+    int MessagePixelSize() const;
+    int MessageLines() const { return lines_; }
 
     // Panes out of 0..7 are ignored. An empty pane is hidden.
     void SetPaneText(int pane, const QString& text);
@@ -46,6 +51,7 @@ class CColorStatusBar : public QStatusBar {
     void Repaint(Pane& pane);
 
     QLabel* message_ = nullptr;
+    int lines_ = -1;
     std::array<Pane, kPanes> panes_{};
 };
 

@@ -143,6 +143,8 @@ void CMainFrame::ShowMessage(const std::string& text) {
 }
 
 void CMainFrame::Paint() {
+    const StatusLineStyle& style = housekeeping_.LineStyle();
+    bar_->SetMessageStyle(style.fontSize, style.lines);
     bar_->SetMessage(QString::fromStdString(housekeeping_.StatusText()));
     for (int i = 0; i < Housekeeping::kPanes; ++i) {
         const PaneState& p = housekeeping_.Pane(i);
