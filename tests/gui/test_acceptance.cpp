@@ -198,6 +198,12 @@ TEST_F(Acceptance, LiveSurveyIsShownRecordedAndPlayedBackWhole) {
         EXPECT_TRUE(bar.Message().contains(item)) << item << " in " << bar.Message().toStdString();
     EXPECT_EQ(bar.MessagePixelSize(), 22);
     EXPECT_EQ(bar.PaneText(Housekeeping::kAlertPane), "ALERTS:  ALT");
+    // Each display keeps lines enough to fill its window (two columns a line), so a palette or
+    // zoom change redraws the whole visible history.
+    for (int d = 0; d < kDisplays; ++d) {
+        ASSERT_NE(Cache(d), nullptr);
+        EXPECT_GE(2 * Cache(d)->Capacity(), windows_->Frame().width()) << d;
+    }
     test::Screenshot(windows_->Frame(), "acceptance-live.png");
     halvo::StatusSettings style = system_->Status().getSettings();
     style.fontSize = 30;

@@ -10,6 +10,7 @@
 #include "display/SonarDataCacheElement.h"
 #include "display/WaterfallColumn.h"
 #include "gui/views/CChildFrameWaterfall.h"
+#include "gui/views/CSplitterWndSonar.h"
 #include "gui/views/CWaterfallDoc.h"
 #include "gui/views/CWaterfallView.h"
 #include "gui/views/CfgDisplay.h"
@@ -197,6 +198,24 @@ TEST_F(WaterfallViews, FrameSizesFromStoredPixelsOrDefaults) {
     ASSERT_EQ(frame.WaterfallRows(), 2);
     EXPECT_EQ(frame.Waterfall(0)->Display(), 4);
     EXPECT_EQ(frame.Scope(1)->Display(), 5);
+
+    // With no stored heights the rows, the plot row too, share the height at every size the
+    // window takes, not only the first (here too small for the views' least heights).
+    frame.ApplySizes(none, none);
+    frame.resize(400, 120);
+    frame.show();
+    QApplication::processEvents();
+    for (const QSize size : {QSize(800, 900), QSize(800, 600)}) {
+        frame.resize(size);
+        QApplication::processEvents();
+        const std::vector<int> heights = frame.Splitter()->RowHeights();
+        ASSERT_EQ(heights.size(), 3u);
+        EXPECT_LE(*std::max_element(heights.begin(), heights.end()) -
+                      *std::min_element(heights.begin(), heights.end()),
+                  1)
+            << size.height();
+        EXPECT_GT(heights[0], size.height() / 3 - 20) << size.height();
+    }
 }
 
 TEST_F(WaterfallViews, ScopeGesturesEditTheTracker) {
@@ -208,6 +227,14 @@ TEST_F(WaterfallViews, ScopeGesturesEditTheTracker) {
     ScopeView scope(ctx_, doc_, 0);
     scope.resize(100, 200);
     scope.show();
+    // The background grey fills the client width less two columns.
+    general_.Modify([](GeneralValues& g) { g.ScopeBackgroundLevel = 90; });
+    QPixmap shot(scope.size());
+    shot.fill(Qt::magenta);
+    scope.render(&shot);
+    const QImage image = shot.toImage();
+    EXPECT_EQ(QColor(image.pixel(97, 100)), QColor(90, 90, 90));
+    EXPECT_EQ(QColor(image.pixel(98, 100)), scope.palette().window().color());
     QTest::mouseMove(&scope, QPoint(10, 10));
     EXPECT_TRUE(scope.StatusText().endsWith(" : Value NONE")) << scope.StatusText().toStdString();
     // Flat and wide: the tracker goes off.
@@ -264,6 +291,12 @@ TEST_F(WaterfallViews, DisplayPagesHoldRangesAndStep) {
     });
     page.SpinThreshold(true);
     EXPECT_EQ(displays_.Lock(0)->TrackThreshold, 100.0f);
+    Edit([](DisplayProcessingConfig& c) { c.TrackThreshold = 50.3f; });
+    page.SpinThreshold(true);
+    EXPECT_FLOAT_EQ(displays_.Lock(0)->TrackThreshold, 51.3f);
+    page.SpinThreshold(false);
+    page.SpinThreshold(false);
+    EXPECT_FLOAT_EQ(displays_.Lock(0)->TrackThreshold, 49.3f);
     page.SpinTVGStart(false);
     EXPECT_FLOAT_EQ(displays_.Lock(0)->TVGStart, -0.5f);
     page.ShowChannel(5);

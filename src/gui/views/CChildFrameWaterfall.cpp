@@ -50,6 +50,8 @@ CChildFrameWaterfall::CChildFrameWaterfall(DisplayViewContext& context, CWaterfa
     if (layout_.rows > 0) {
         splitter_ = new CSplitterWndSonar(layout_.rows, this);
         box->addWidget(splitter_, 1);
+        // Once the operator drags a divider the layout is theirs, until sizes are applied again.
+        splitter_->SetMovedHandler([this] { moved_ = true; });
         const int first = layout_.hasPlot ? 1 : 0;
         const auto show = [this](const QString& text) { status_->setText(text); };
         for (int row = first; row < layout_.rows; ++row) {
@@ -79,7 +81,7 @@ ScopeView* CChildFrameWaterfall::Scope(int row) const {
 void CChildFrameWaterfall::ApplySizes(std::span<const int> rows, std::span<const int> columns) {
     storedRows_.assign(rows.begin(), rows.end());
     storedColumns_.assign(columns.begin(), columns.end());
-    applied_ = false;
+    moved_ = false;
     Apply();
 }
 
@@ -88,13 +90,14 @@ void CChildFrameWaterfall::Apply() {
     const Sizes s =
         ComputeSizes(layout_, storedRows_, storedColumns_, splitter_->width(), splitter_->height());
     splitter_->SetSizes(s.rows, s.left, s.right);
-    applied_ = true;
 }
 
+// The sizes are worked out again at every layout: rows without a stored height keep sharing the
+// client height (h / r) as the window grows, instead of a splitter handing the growth to whichever
+// pane stretches most (which left the plot row a sliver when the first size was small).
 void CChildFrameWaterfall::resizeEvent(QResizeEvent* event) {
     QWidget::resizeEvent(event);
-    // Stored sizes wait for a real client size; later resizes are the splitter's own business.
-    if (!applied_) Apply();
+    if (!moved_) Apply();
 }
 
 void CChildFrameWaterfall::CollectSizes(std::vector<int>& rows, std::vector<int>& columns) const {

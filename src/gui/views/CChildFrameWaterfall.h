@@ -70,7 +70,7 @@ class CChildFrameWaterfall final : public QWidget {
     std::vector<ScopeView*> scopes_;
     std::vector<int> storedRows_;
     std::vector<int> storedColumns_;
-    bool applied_ = false;
+    bool moved_ = false;  // the operator moved a divider since sizes were applied
 };
 
 }  // namespace halvo

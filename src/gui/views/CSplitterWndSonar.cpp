@@ -13,9 +13,15 @@ CSplitterWndSonar::CSplitterWndSonar(int rows, QWidget* parent) : QSplitter(Qt::
         auto* row = new QSplitter(Qt::Horizontal, this);
         row->setChildrenCollapsible(false);
         for (int c = 0; c < 2; ++c) row->addWidget(new QWidget(row));
-        connect(row, &QSplitter::splitterMoved, this, [this, row] { SyncColumns(row); });
+        connect(row, &QSplitter::splitterMoved, this, [this, row] {
+            SyncColumns(row);
+            if (moved_) moved_();
+        });
         rows_.push_back(row);
     }
+    connect(this, &QSplitter::splitterMoved, this, [this] {
+        if (moved_) moved_();
+    });
 }
 
 void CSplitterWndSonar::SetPane(int row, int column, QWidget* pane) {

@@ -4,6 +4,7 @@
 // column sizes move together: dragging the column edge in one row moves it in all.
 
 #include <QSplitter>
+#include <functional>
 #include <vector>
 
 namespace halvo {
@@ -24,12 +25,15 @@ class CSplitterWndSonar final : public QSplitter {
     void SetSizes(const std::vector<int>& rowHeights, int left, int right);
     std::vector<int> RowHeights() const;
     std::vector<int> ColumnWidths() const;
+    // Called when the operator drags a row or column divider.
+    void SetMovedHandler(std::function<void()> moved) { moved_ = std::move(moved); }
 
   private:
     void SyncColumns(QSplitter* from);
 
     std::vector<QSplitter*> rows_;
     bool syncing_ = false;
+    std::function<void()> moved_;
 };
 
 }  // namespace halvo

@@ -145,8 +145,8 @@ void CfgDisplay::AutoGain() {
 
 void CfgDisplay::SpinThreshold(bool up) {
     Edit([up](DisplayProcessingConfig& r) {
-        r.TrackThreshold =
-            std::clamp(std::trunc(r.TrackThreshold) + (up ? 1.0f : -1.0f), 0.0f, 100.0f);
+        // From the value as it stands: 50.3 steps to 51.3, the tenths the operator typed stay.
+        r.TrackThreshold = std::clamp(r.TrackThreshold + (up ? 1.0f : -1.0f), 0.0f, 100.0f);
     });
 }
 

@@ -70,7 +70,11 @@ void ScopeView::paintEvent(QPaintEvent* event) {
     Refresh();
     QPainter p(this);
     const int level = std::clamp(general_.ScopeBackgroundLevel, 0, 255);
-    p.fillRect(rect(), QColor(level, level, level));
+    // The scope's grey covers the graph area only; the two columns at the right edge, which
+    // no trace reaches, take the window's own background.
+    const int graph = std::max(0, width() - kRightMargin);
+    p.fillRect(QRect(0, 0, graph, height()), QColor(level, level, level));
+    p.fillRect(QRect(graph, 0, width() - graph, height()), palette().window());
     const double z = Zoom();
     const SonarDataCacheElement* line = Newest();
     if (!ready_ || line == nullptr || !(z > 0.0)) return;
