@@ -8,10 +8,12 @@
 
 #include "HeadlessProgram.h"
 #include "app/EventLog.h"
+#include "app/Housekeeping.h"
 #include "gui/sheets/CfgSheet.h"
 #include "gui/sheets/EnableTable.h"
 #include "gui/sheets/EnterKeyFilter.h"
 #include "gui/sheets/SheetPage.h"
+#include "gui/shell/CColorStatusBar.h"
 #include "gui/shell/CMainFrame.h"
 #include "gui/shell/MessageBoxPrompts.h"
 #include "gui/shell/ProgramWindows.h"
@@ -108,6 +110,12 @@ int RunGui(int argc, char** argv, const GuiOptions& options) {
                            [&frame, sheet, save, &options] {
                                save(&frame, options.screenshot);
                                save(sheet, options.sheetScreenshot);
+                               // What the picture shows in words, for a reader without it.
+                               const CColorStatusBar& bar = *frame.ColourBar();
+                               std::printf("halvo: status line: %s\nhalvo: alert pane: %s\n",
+                                           qPrintable(bar.Message().simplified()),
+                                           qPrintable(bar.PaneText(Housekeeping::kAlertPane)));
+                               std::fflush(stdout);
                            });
     }
     if (options.quitAfter > 0) {
