@@ -9,6 +9,7 @@
 #include "display/DisplayProcessingSet.h"
 #include "display/SonarDataCacheElement.h"
 #include "display/WaterfallColumn.h"
+#include "extensions/WaterfallExtension.h"
 #include "gui/views/CChildFrameWaterfall.h"
 #include "gui/views/CSplitterWndSonar.h"
 #include "gui/views/CWaterfallDoc.h"
@@ -149,6 +150,33 @@ TEST_F(WaterfallViews, CursorReadoutAndZoomDrag) {
     QTest::mouseMove(vp, QPoint(newRight - 1, 12));
     EXPECT_TRUE(view.StatusText().endsWith(" Press Left Mouse Button for More"))
         << view.StatusText().toStdString();
+    // An extension takes the press before the zoom drag, adds to the readout, and marks every
+    // column it is shown, in the view's own coordinates.
+    struct Marker final : WaterfallExtension {
+        int clicks = 0;
+        int OnPlotClick(int, int sample, ExtensionView& v, int) override {
+            clicks += v.DisplayIndex() == 0 && std::string(v.ViewKind()) == "CWaterfallView";
+            return sample >= 0 ? 1 : 0;
+        }
+        std::optional<std::string> StatusText(int age, int, ExtensionView&, int) override {
+            return " | layer " + std::to_string(age);
+        }
+        void DrawTraceOverlay(DrawingContext& dc, int, int, int x, int top, int, int) override {
+            dc.Pixel(x, top + 1, {255, 0, 0});
+        }
+    } marker;
+    view.SetExtension(&marker);
+    QTest::mouseMove(vp, QPoint(newRight - 1, 13));
+    EXPECT_TRUE(view.StatusText().endsWith(" | layer 0")) << view.StatusText().toStdString();
+    QTest::mousePress(vp, Qt::LeftButton, {}, QPoint(40, 10));
+    QTest::mouseRelease(vp, Qt::LeftButton, {}, QPoint(45, 60));
+    EXPECT_EQ(marker.clicks, 1);
+    EXPECT_FALSE(view.LastSelection());  // taken by the extension: no zoom drag
+    Deliver(Line(2, 300));
+    doc_.OnDisplayNotice(DisplayDocumentIF::kUpdateViews, {});
+    EXPECT_EQ(view.Ring().ColourAt(0, 1), qRgb(255, 0, 0));
+    EXPECT_NE(view.Ring().ColourAt(0, 2), qRgb(255, 0, 0));
+    view.SetExtension(nullptr);
     // A 3-pixel drag selects everything; a real one selects its rectangle.
     QTest::mousePress(vp, Qt::LeftButton, {}, QPoint(50, 20));
     QTest::mouseRelease(vp, Qt::LeftButton, {}, QPoint(53, 22));

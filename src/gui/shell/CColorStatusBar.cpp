@@ -42,6 +42,8 @@ void CColorStatusBar::SetMessageStyle(int pixelSize, int lines) {
     lines_ = lines;
     message_->setVisible(lines > 0);
     message_->setWordWrap(lines > 1);
+    // From the top: a line too long for the lines given loses its end, never its start.
+    message_->setAlignment(Qt::AlignLeft | Qt::AlignTop);
     // Exactly the lines asked for: a longer status text is cut rather than growing the bar.
     const int height = QFontMetrics(font).lineSpacing() * std::max(1, lines) + 2;
     message_->setFixedHeight(height);

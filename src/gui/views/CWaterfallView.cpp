@@ -11,8 +11,9 @@
 #include "app/GeneralSettings.h"
 #include "app/SystemCoordinator.h"
 #include "display/DisplayProcessingSet.h"
+#include "extensions/WaterfallExtension.h"
+#include "gui/extensions/QPainterContext.h"
 #include "gui/sheets/OperatorPrompts.h"
-#include "gui/views/WaterfallViewHook.h"
 #include "platform/TickSource.h"
 
 namespace halvo {
@@ -41,11 +42,18 @@ CWaterfallView::CWaterfallView(DisplayViewContext& context, CWaterfallDoc& docum
     viewport()->setMouseTracking(true);
     viewport()->setAttribute(Qt::WA_OpaquePaintEvent);
     plot_.SetCache(doc_.GetCache(display_));
-    ring_.SetDrawnHook([this](int column, int age, const ColumnOverlay& overlay) {
-        if (hook_ == nullptr) return;
-        hook_->DrawColumn(age, overlay.firstSample, plot_.Right() - column - 1, plot_.Top(),
-                          plot_.Top() + plot_.ImageHeight(), display_);
-    });
+    ring_.SetDrawnHook(
+        [this](int column, int age, const ColumnOverlay& overlay, QImage& image, int ringX) {
+            if (extension_ == nullptr) return;
+            // The extension draws in client coordinates; its marks land in the ring's column,
+            // so they scroll and repaint with the line they belong to.
+            const int clientX = plot_.Right() - column - 1;
+            QPainter painter(&image);
+            painter.translate(ringX - clientX, -plot_.Top());
+            QPainterContext dc(painter, image.width(), image.height());
+            extension_->DrawTraceOverlay(dc, age, overlay.firstSample, clientX, plot_.Top(),
+                                         plot_.Top() + plot_.ImageHeight(), display_);
+        });
     redraw_.setInterval(kRedrawTimerMs);
     connect(&redraw_, &QTimer::timeout, this, [this] { TimerTick(); });
     doc_.AddView(this);
@@ -252,8 +260,9 @@ void CWaterfallView::mouseMoveEvent(QMouseEvent* event) {
 void CWaterfallView::mousePressEvent(QMouseEvent* event) {
     if (event->button() != Qt::LeftButton) return;
     const QPoint at = event->position().toPoint();
-    if (hook_ != nullptr &&
-        hook_->LeftClick(plot_.AgeAt(at.x()), plot_.SampleAt(at.y()), window(), display_)) {
+    if (extension_ != nullptr &&
+        extension_->OnPlotClick(plot_.AgeAt(at.x()), plot_.SampleAt(at.y()), *this, display_) !=
+            0) {
         return;
     }
     if (drag_.Press(plot_, at.x(), at.y())) bandCorner_ = at;
@@ -284,7 +293,10 @@ void CWaterfallView::Readout(int x, int y, bool leftDown) {
             const std::size_t used = std::min<std::size_t>(text.size(), kStatusChars);
             text += ctx_.pingText(kStatusChars - used, r.line);
         }
-        if (hook_ != nullptr) text += hook_->CursorText(r.age, this, display_);
+        if (extension_ != nullptr) {
+            if (const auto extra = extension_->StatusText(r.age, 0, *this, display_))
+                text += *extra;
+        }
     }
     SetStatus(text);
     if (leftDown && r.line != nullptr && ctx_.mainMessage) ctx_.mainMessage(text);

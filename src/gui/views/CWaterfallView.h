@@ -15,6 +15,7 @@
 #include "display/DisplayProcessingConfig.h"
 #include "display/WaterfallPlot.h"
 #include "display/WaterfallZoomDrag.h"
+#include "extensions/ExtensionView.h"
 #include "gui/views/CWaterfallDoc.h"
 #include "gui/views/DisplayViewContext.h"
 #include "gui/views/WaterfallRing.h"
@@ -23,9 +24,11 @@ class QPainter;
 
 namespace halvo {
 
-class WaterfallViewHook;
+class WaterfallExtension;
 
-class CWaterfallView final : public QAbstractScrollArea, public WaterfallDocView {
+class CWaterfallView final : public QAbstractScrollArea,
+                             public WaterfallDocView,
+                             public ExtensionView {
   public:
     static constexpr int kRedrawTimerMs = 10;
     static constexpr std::uint32_t kRedrawSliceMs = 50;
@@ -46,7 +49,12 @@ class CWaterfallView final : public QAbstractScrollArea, public WaterfallDocView
     // One tick of the redraw timer (the timer calls it; tests call it directly).
     void TimerTick();
 
-    void SetHook(WaterfallViewHook* hook) { hook_ = hook; }
+    // The extension this waterfall serves, or none: it may take a click, add to the readout and
+    // draw over each column.
+    void SetExtension(WaterfallExtension* extension) { extension_ = extension; }
+    WaterfallExtension* Extension() const { return extension_; }
+    const char* ViewKind() const override { return "CWaterfallView"; }
+    int DisplayIndex() const override { return display_; }
     // The selection notice 0x402 of a finished zoom drag.
     void SetSelectionHandler(std::function<void(const ZoomSelection&)> handler) {
         onSelection_ = std::move(handler);
@@ -93,7 +101,7 @@ class CWaterfallView final : public QAbstractScrollArea, public WaterfallDocView
     WaterfallZoomDrag drag_;
     std::optional<QPoint> bandCorner_;
     QTimer redraw_;
-    WaterfallViewHook* hook_ = nullptr;
+    WaterfallExtension* extension_ = nullptr;
     std::function<void(const ZoomSelection&)> onSelection_;
     std::function<void(const QString&)> onStatus_;
     std::optional<ZoomSelection> lastSelection_;

@@ -63,7 +63,7 @@ void WaterfallRing::Drawn(int column, int age, const ColumnOverlay& overlay) {
     const int x = RingX(column);
     overlays_[static_cast<std::size_t>(x)] = overlay;
     Colour(x);
-    if (hook_) hook_(column, age, overlay);
+    if (hook_) hook_(column, age, overlay, colours_, x);
 }
 
 // One ring column from indices to colours, then the two-pixel indicators.

@@ -20,8 +20,10 @@ namespace halvo {
 
 class WaterfallRing final : public WaterfallColumnTarget {
   public:
-    // After a column is coloured: the extension's draw-column turn.
-    using DrawnHook = std::function<void(int column, int age, const ColumnOverlay& overlay)>;
+    // After a column is coloured: the extension's draw-column turn, on the colour image, whose
+    // column ringX holds it.
+    using DrawnHook = std::function<void(int column, int age, const ColumnOverlay& overlay,
+                                         QImage& image, int ringX)>;
 
     // A new empty ring of width by height (height at most kMaxColumnHeight), every pixel the
     // no-data index.

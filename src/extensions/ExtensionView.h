@@ -1,0 +1,15 @@
+#pragma once
+// A view an extension serves, as the extension sees it: what kind of view it is and which
+// display it shows. The window side implements it; an extension finds its views by asking.
+
+namespace halvo {
+
+class ExtensionView {
+  public:
+    virtual ~ExtensionView() = default;
+    // "CWaterfallView", "PlotView" or "XYPlotView".
+    virtual const char* ViewKind() const = 0;
+    virtual int DisplayIndex() const = 0;
+};
+
+}  // namespace halvo
