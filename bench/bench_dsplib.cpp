@@ -18,7 +18,8 @@ using C32 = std::complex<float>;
 
 std::vector<C32> Signal(int n) {
     std::vector<C32> v(static_cast<std::size_t>(n));
-    for (int i = 0; i < n; ++i) v[i] = C32(static_cast<float>(i % 17) - 8, static_cast<float>(i % 5));
+    for (int i = 0; i < n; ++i)
+        v[i] = C32(static_cast<float>(i % 17) - 8, static_cast<float>(i % 5));
     return v;
 }
 

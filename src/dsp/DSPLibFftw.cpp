@@ -72,10 +72,18 @@ void* DSPLibFftw::Plan(Table table, int k, bool aligned) {
         if (buf == nullptr) return nullptr;
         auto* c = reinterpret_cast<fftwf_complex*>(buf);
         switch (table) {
-            case C32F: slot = fftwf_plan_dft_1d(len, c, c, FFTW_FORWARD, flags); break;
-            case C32B: slot = fftwf_plan_dft_1d(len, c, c, FFTW_BACKWARD, flags); break;
-            case R32F: slot = fftwf_plan_dft_r2c_1d(len, buf, c, flags); break;
-            default: slot = fftwf_plan_dft_c2r_1d(len, c, buf, flags); break;
+            case C32F:
+                slot = fftwf_plan_dft_1d(len, c, c, FFTW_FORWARD, flags);
+                break;
+            case C32B:
+                slot = fftwf_plan_dft_1d(len, c, c, FFTW_BACKWARD, flags);
+                break;
+            case R32F:
+                slot = fftwf_plan_dft_r2c_1d(len, buf, c, flags);
+                break;
+            default:
+                slot = fftwf_plan_dft_c2r_1d(len, c, buf, flags);
+                break;
         }
         fftwf_free(buf);
     } else {
@@ -83,10 +91,18 @@ void* DSPLibFftw::Plan(Table table, int k, bool aligned) {
         if (buf == nullptr) return nullptr;
         auto* c = reinterpret_cast<fftw_complex*>(buf);
         switch (table) {
-            case C64F: slot = fftw_plan_dft_1d(len, c, c, FFTW_FORWARD, flags); break;
-            case C64B: slot = fftw_plan_dft_1d(len, c, c, FFTW_BACKWARD, flags); break;
-            case R64F: slot = fftw_plan_dft_r2c_1d(len, buf, c, flags); break;
-            default: slot = fftw_plan_dft_c2r_1d(len, c, buf, flags); break;
+            case C64F:
+                slot = fftw_plan_dft_1d(len, c, c, FFTW_FORWARD, flags);
+                break;
+            case C64B:
+                slot = fftw_plan_dft_1d(len, c, c, FFTW_BACKWARD, flags);
+                break;
+            case R64F:
+                slot = fftw_plan_dft_r2c_1d(len, buf, c, flags);
+                break;
+            default:
+                slot = fftw_plan_dft_c2r_1d(len, c, buf, flags);
+                break;
         }
         fftw_free(buf);
     }
@@ -135,21 +151,26 @@ void DSPLibFftw::FftForwardComplex32(const Complex32* src, Complex32* dst, int n
     const int k = Log2Length(n);
     CopyIn(src, dst, static_cast<std::size_t>(std::max(n, 0)));
     auto* c = reinterpret_cast<fftwf_complex*>(dst);
-    if (auto* p = static_cast<fftwf_plan>(Plan(C32F, k, fftwf_alignment_of(reinterpret_cast<float*>(dst)) == 0))) fftwf_execute_dft(p, c, c);
+    if (auto* p = static_cast<fftwf_plan>(
+            Plan(C32F, k, fftwf_alignment_of(reinterpret_cast<float*>(dst)) == 0)))
+        fftwf_execute_dft(p, c, c);
 }
 
 void DSPLibFftw::FftForwardComplex64(const Complex64* src, Complex64* dst, int n) {
     const int k = Log2Length(n);
     CopyIn(src, dst, static_cast<std::size_t>(std::max(n, 0)));
     auto* c = reinterpret_cast<fftw_complex*>(dst);
-    if (auto* p = static_cast<fftw_plan>(Plan(C64F, k, fftw_alignment_of(reinterpret_cast<double*>(dst)) == 0))) fftw_execute_dft(p, c, c);
+    if (auto* p = static_cast<fftw_plan>(
+            Plan(C64F, k, fftw_alignment_of(reinterpret_cast<double*>(dst)) == 0)))
+        fftw_execute_dft(p, c, c);
 }
 
 void DSPLibFftw::FftBackwardComplex32(const Complex32* src, Complex32* dst, int n) {
     const int k = Log2Length(n);
     CopyIn(src, dst, static_cast<std::size_t>(std::max(n, 0)));
     auto* c = reinterpret_cast<fftwf_complex*>(dst);
-    auto* p = static_cast<fftwf_plan>(Plan(C32B, k, fftwf_alignment_of(reinterpret_cast<float*>(dst)) == 0));
+    auto* p = static_cast<fftwf_plan>(
+        Plan(C32B, k, fftwf_alignment_of(reinterpret_cast<float*>(dst)) == 0));
     if (p == nullptr) return;
     fftwf_execute_dft(p, c, c);
     const int len = 1 << k;
@@ -161,7 +182,8 @@ void DSPLibFftw::FftBackwardComplex64(const Complex64* src, Complex64* dst, int 
     const int k = Log2Length(n);
     CopyIn(src, dst, static_cast<std::size_t>(std::max(n, 0)));
     auto* c = reinterpret_cast<fftw_complex*>(dst);
-    auto* p = static_cast<fftw_plan>(Plan(C64B, k, fftw_alignment_of(reinterpret_cast<double*>(dst)) == 0));
+    auto* p = static_cast<fftw_plan>(
+        Plan(C64B, k, fftw_alignment_of(reinterpret_cast<double*>(dst)) == 0));
     if (p == nullptr) return;
     fftw_execute_dft(p, c, c);
     const int len = 1 << k;
@@ -180,8 +202,8 @@ void DSPLibFftw::ComplexMultiply32(const Complex32* a, const Complex32* b, Compl
     }
 }
 
-void DSPLibFftw::ComplexConjugateMultiply32(const Complex32* a, const Complex32* b,
-                                            Complex32* out, int n) {
+void DSPLibFftw::ComplexConjugateMultiply32(const Complex32* a, const Complex32* b, Complex32* out,
+                                            int n) {
     for (int i = 0; i < n; ++i) {
         const float ar = a[i].real(), ai = a[i].imag(), br = b[i].real(), bi = b[i].imag();
         out[i] = {ar * br + ai * bi, ai * br - ar * bi};

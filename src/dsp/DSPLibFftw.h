@@ -3,8 +3,8 @@
 // made on first use of a length and kept for the object's life, so a length used before costs
 // neither planning nor allocation. They run on the caller's buffers: a buffer aligned as FFTW's
 // vector code wants (what any allocator gives) takes the fast plan, any other one a plan made
-// for any alignment. One instance serves one thread; planning itself is serialised across instances, as
-// FFTW's planner is shared by the whole process.
+// for any alignment. One instance serves one thread; planning itself is serialised across
+// instances, as FFTW's planner is shared by the whole process.
 
 #include <array>
 #include <vector>

@@ -75,8 +75,8 @@ class DSPLibIF {
     }
 
     // Beside the plain multiply: out[i] = a[i] * conj(b[i]), the step of a cross-correlation.
-    virtual void ComplexConjugateMultiply32(const Complex32* a, const Complex32* b,
-                                            Complex32* out, int n) = 0;
+    virtual void ComplexConjugateMultiply32(const Complex32* a, const Complex32* b, Complex32* out,
+                                            int n) = 0;
 };
 
 // Every kind gives the library's one implementation; callers pass 0.

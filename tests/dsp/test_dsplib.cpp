@@ -55,7 +55,8 @@ TEST_F(DSPLibTest, TransformsMatchAPlainDftInBothPrecisions) {
         const double tol32 = 2e-4 * len, tol64 = 1e-9 * len;
 
         std::vector<C32> src32(static_cast<std::size_t>(n)), dst32(static_cast<std::size_t>(len));
-        for (int i = 0; i < n; ++i) src32[i] = C32(static_cast<float>(re[i]), static_cast<float>(im[i]));
+        for (int i = 0; i < n; ++i)
+            src32[i] = C32(static_cast<float>(re[i]), static_cast<float>(im[i]));
         lib_->FftForwardComplex32(src32.data(), dst32.data(), n);
         std::vector<C64> src64(x.begin(), x.begin() + n), dst64(static_cast<std::size_t>(len));
         lib_->FftForwardComplex64(src64.data(), dst64.data(), n);

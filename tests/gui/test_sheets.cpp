@@ -7,6 +7,7 @@
 #include <stdexcept>
 
 #include "GuiTestApp.h"
+#include "gui/extensions/CfgExtension.h"
 #include "gui/sheets/CfgSheet.h"
 #include "gui/sheets/EnterKeyFilter.h"
 #include "gui/sheets/SettingsPage.h"
@@ -255,6 +256,28 @@ TEST_F(SheetTest, PagesTakeTheirDesignedPlaceAndTheTimerVisitsSonarsFirst) {
 
     cfg_.TimerPass();
     EXPECT_EQ(QStringList(visits.begin(), visits.end()).join(","), "SB,SSL,R90,D0,D1,Disk,Nav,Ext");
+
+    // An extension's page goes behind every fixed page, and its hook runs after the pages'
+    // ticks, on every pass; a null hook adds nothing.
+    struct ExtensionPage final : TestPage, CfgExtension {
+        using TestPage::TestPage;
+        SheetPage* GetPage() override { return this; }
+        void OnSheetTimer(int zero, CfgSheet&) override {
+            visits->push_back(zero == 0 ? "hook" : "bad");
+        }
+        std::vector<QString>* visits = nullptr;
+    };
+    auto* mp = new ExtensionPage(ctx_.context, "MultiPing", owner_, &visits);
+    mp->visits = &visits;
+    cfg_.AddExtensionPage(nullptr);
+    cfg_.AddExtensionPage(mp);
+    cfg_.AddPage(new TestPage(ctx_.context, "Alerts", owner_), CfgSheet::SetupAlert);
+    EXPECT_EQ(cfg_.PageAt(cfg_.PageCount() - 1)->Caption(), "MultiPing");
+    EXPECT_EQ(cfg_.ExtensionHooks(), 1);
+    visits.clear();
+    cfg_.TimerPass();
+    EXPECT_EQ(QStringList(visits.begin(), visits.end()).join(","),
+              "SB,SSL,R90,D0,D1,Disk,Nav,Ext,MultiPing,hook");
 }
 
 TEST_F(SheetTest, AChangeElsewhereShowsInAVisiblePageAtOnceAndInAHiddenOneWhenShown) {

@@ -1,5 +1,7 @@
 #include "gui/sheets/CfgSheet.h"
 
+#include "gui/extensions/CfgExtension.h"
+
 namespace halvo {
 
 CfgSheet::CfgSheet(SheetContext& context, QWidget* parent)
@@ -11,6 +13,19 @@ CfgSheet::CfgSheet(SheetContext& context, QWidget* parent)
 
 void CfgSheet::AddPage(SheetPage* page, Slot slot) {
     PageSheet::AddPage(page, slot, GroupOf(slot));
+}
+
+void CfgSheet::AddExtensionPage(CfgExtension* hook) {
+    if (hook == nullptr) return;
+    if (extensionHooks_.empty()) {
+        extensionHooks_.reserve(10);
+        // One timer hook walks them all, in the order they came, after the pages' ticks.
+        AddTimerHook([this] {
+            for (CfgExtension* h : extensionHooks_) h->OnSheetTimer(0, *this);
+        });
+    }
+    extensionHooks_.push_back(hook);
+    if (SheetPage* page = hook->GetPage()) AddPage(page, Extension);
 }
 
 PageSheet::TickGroup CfgSheet::GroupOf(Slot slot) {
