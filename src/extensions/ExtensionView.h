@@ -4,12 +4,16 @@
 
 namespace halvo {
 
+class WaterfallExtension;
+
 class ExtensionView {
   public:
     virtual ~ExtensionView() = default;
     // "CWaterfallView", "PlotView" or "XYPlotView".
     virtual const char* ViewKind() const = 0;
     virtual int DisplayIndex() const = 0;
+    // From now on the view calls this extension (null: none).
+    virtual void AttachExtension(WaterfallExtension* extension) = 0;
 };
 
 }  // namespace halvo

@@ -322,6 +322,13 @@ void System::ReadInstallation() {
     const OverallConfig::Installation inst = OverallConfig::ReadInstallation(ini);
     overall_->SetInstallation(inst.configType, inst.topsideForEngineering != 0);
     extensions_->SwitchOn(inst.multiPing, inst.sedimentClassification);
+    ViewBinding binding;
+    binding.overall = overall_.get();
+    binding.notices = notifier_;
+    binding.firstDocumentViews = [this] {
+        return extensionViews_ ? extensionViews_() : std::nullopt;
+    };
+    extensions_->Sediment().SetViewBinding(std::move(binding));
 }
 
 void System::Startup(MainWindowHost* host, std::string_view defaultsFile) {

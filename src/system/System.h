@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -23,6 +24,7 @@ class Beeper;
 class DisplayDocumentIF;
 class DisplayDrain;
 class DisplayStateReader;
+class ExtensionView;
 class DisplayLineOutput;
 class DisplayProcessingSet;
 class HalvoDisplaysDataProcessor;
@@ -154,6 +156,10 @@ class System {
     int DrainDisplays(bool guardHeld = false);
     void SetDrainInsideTimerPass(bool inside) { drainInsidePass_ = inside; }
     // The window documents' `Display%d CacheSize`: re-read after a load, written at a save.
+    // The window side's views for an extension to bind to (the first display document's, in its
+    // order); none in a run without windows. Set before FinishStartup.
+    using ExtensionViewsFn = std::function<std::optional<std::vector<ExtensionView*>>()>;
+    void SetExtensionViews(ExtensionViewsFn views) { extensionViews_ = std::move(views); }
     void SetCacheSizeHooks(std::function<void()> load, std::function<void()> save) {
         loadCacheSizes_ = std::move(load);
         saveCacheSizes_ = std::move(save);
@@ -198,6 +204,7 @@ class System {
     std::vector<DisplayDocumentIF*> documents_;
     const SonarIF* sonarView_ = nullptr;
     bool drainInsidePass_ = false;
+    ExtensionViewsFn extensionViews_;
     std::function<void()> loadCacheSizes_;
     std::function<void()> saveCacheSizes_;
     std::unique_ptr<MessageLogObserver> dataLog_;

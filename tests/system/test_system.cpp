@@ -5,6 +5,7 @@
 #include <fstream>
 #include <sstream>
 
+#include "app/EventLog.h"
 #include "app/SystemCoordinator.h"
 #include "app/TempWorkDir.h"
 #include "core/MessageHub.h"
@@ -78,17 +79,34 @@ TEST_F(SystemTest, ObserversSitOnEachBusInTheDesignedOrder) {
 // fixed moments: settings before the fixed sections, phases 0 and 1 before the subsystems start,
 // phase 3 once the views exist, never a phase 2.
 TEST_F(SystemTest, ExtensionsSwitchedOnByTheInstallationAreDrivenInOrder) {
+    // Sediment classification binds to a window of its own at phase 3: with none configured it
+    // asks for a restart and sets one up; with no window at all the file is at fault; with its
+    // window in place and no views (no windows here) it stays silent.
     const struct {
         const char* config;
+        const char* windows;
         std::vector<std::string> names;
+        const char* message;
     } cases[] = {
-        {"Config=MPX\n", {"MultiPing"}},  // multi-ping by default on that unit
-        {"Config=MPX\nMultiPing=0\nSedimentClassification=1\n", {"SedimentClassification"}},
+        {"Config=MPX\n", "", {"MultiPing"}, nullptr},  // multi-ping by default on that unit
+        {"Config=MPX\nMultiPing=0\nSedimentClassification=1\n",
+         "NumSplits0=4\nNumSplits1=3\nHasPlot1=1\n",
+         {"SedimentClassification"},
+         nullptr},
         {"Config=Odd\nSedimentClassification=3\nMultiPing=2\n",
-         {"DynamicFocus", "SedimentClassification"}},
+         "",
+         {"DynamicFocus", "SedimentClassification"},
+         "Sediment Classification : You Must Restart Before Running Sediment Classification "
+         "Extensions"},
+        {"SedimentClassification=1\n",
+         "NumSplits0=0\n",
+         {"SedimentClassification"},
+         "Sediment Classification : There is a problem with the Halvo Ini File.  To Few or Too "
+         "Many Major Windows"},
     };
     for (const auto& c : cases) {
         std::ofstream("HalvoConfig.ini") << "[HalvoConfig]\n" << c.config;
+        std::ofstream("HalvoDefaults.Hni") << "[OverallConfig]\n" << c.windows;
         System system(Platform());
         system.Startup();
         EXPECT_EQ(system.Extensions().List().Names(), c.names) << c.config;
@@ -103,6 +121,26 @@ TEST_F(SystemTest, ExtensionsSwitchedOnByTheInstallationAreDrivenInOrder) {
         const auto trace = system.Sequence().Trace();
         ASSERT_FALSE(trace.empty());
         EXPECT_EQ(trace.front(), "reload extensions");
+        const auto lines = system.Log().Lines();
+        const auto said = std::count_if(lines.begin(), lines.end(), [](const std::string& l) {
+            return l.find("Sediment Classification : ") != std::string::npos;
+        });
+        EXPECT_EQ(said, c.message != nullptr ? 1 : 0) << c.config;
+        if (c.message != nullptr) {
+            // An event line holds 90 characters at most: the start of the box's text.
+            const std::string start = std::string(c.message).substr(0, 60);
+            EXPECT_TRUE(std::any_of(lines.begin(), lines.end(), [&](const std::string& l) {
+                return l.find(start) != std::string::npos;
+            })) << c.message;
+        }
+        // Asked for a restart, it left the window the next start needs in what was saved.
+        const std::string saved = ReadAll("saved.Hni");
+        const bool restart =
+            c.message != nullptr && std::string(c.message).find("Restart") != std::string::npos;
+        EXPECT_EQ(saved.find("NumSplits1=3") != std::string::npos &&
+                      saved.find("HasPlot1=1") != std::string::npos,
+                  restart || std::string(c.windows).find("NumSplits1=3") != std::string::npos)
+            << c.config;
         system.Ending(false);
     }
 }

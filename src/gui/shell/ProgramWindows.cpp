@@ -1,15 +1,18 @@
 #include "gui/shell/ProgramWindows.h"
 
 #include <QTimer>
+#include <optional>
 #include <span>
 #include <vector>
 
 #include "app/EventLog.h"
+#include "extensions/ExtensionView.h"
 #include "gui/pages/NavigationPages.h"
 #include "gui/pages/RecordPages.h"
 #include "gui/pages/SonarPages.h"
 #include "gui/sheets/CfgSheet.h"
 #include "gui/sheets/SetupWizard.h"
+#include "gui/views/CWaterfallDoc.h"
 #include "gui/views/DisplayWindows.h"
 #include "storage/StorageControl.h"
 #include "system/System.h"
@@ -79,6 +82,16 @@ void ProgramWindows::Start(std::string_view settings) {
     AddSonarPages(*sheet_, system_, context_);
     optionsStore_.SetSonarAccess(SonarOptionsAccess(system_.Sonar()));
     displays_ = OpenDisplayWindows(frame_, sheet_, system_, context_);
+    // What an extension may bind to: the views of the first display document that can serve one.
+    system_.SetExtensionViews([this]() -> std::optional<std::vector<ExtensionView*>> {
+        CWaterfallDoc* doc = displays_ ? displays_->Document(0) : nullptr;
+        if (doc == nullptr) return std::nullopt;
+        std::vector<ExtensionView*> views;
+        for (WaterfallDocView* v : doc->Views()) {
+            if (auto* e = dynamic_cast<ExtensionView*>(v)) views.push_back(e);
+        }
+        return views;
+    });
     system_.FinishStartup();
 }
 

@@ -25,7 +25,7 @@ class WaterfallDocView {
     virtual void OnDocumentUpdate() = 0;
 };
 
-// The notice as an event. The element lives only while the event is delivered.
+// The notice as an event: it carries the shared line.
 class DisplayNoticeEvent final : public QEvent {
   public:
     static constexpr QEvent::Type kType =
@@ -59,6 +59,8 @@ class CWaterfallDoc final : public QObject, public DisplayDocumentIF {
     SonarDataCache* ExistingCache(int display) const;
 
     void AddView(WaterfallDocView* view);
+    // The views in the order they joined.
+    const std::vector<WaterfallDocView*>& Views() const { return views_; }
     void RemoveView(WaterfallDocView* view);
     void UpdateAllViews();
 

@@ -55,6 +55,7 @@ class CWaterfallView final : public QAbstractScrollArea,
     WaterfallExtension* Extension() const { return extension_; }
     const char* ViewKind() const override { return "CWaterfallView"; }
     int DisplayIndex() const override { return display_; }
+    void AttachExtension(WaterfallExtension* extension) override { SetExtension(extension); }
     // The selection notice 0x402 of a finished zoom drag.
     void SetSelectionHandler(std::function<void(const ZoomSelection&)> handler) {
         onSelection_ = std::move(handler);
