@@ -292,23 +292,30 @@ void DSPLibFftw::HermitianEigen(const Complex32* A, int n, int k, Complex32* V, 
 }
 
 void DSPLibFftw::HermitianProduct(const Complex32* A, int n, int m, Complex32* C, bool packed) {
-    if (n < 1 || m < 1) return;
+    if (n < 1 || m < 0) return;
+    const auto nn = static_cast<std::size_t>(n);
     const Complex32 one(1.0f, 0.0f), zero(0.0f, 0.0f);
     if (!packed) {
+        // Rank 0 is an empty sum: the upper triangle becomes 0, as the rank-k update leaves it.
         cblas_cherk(CblasColMajor, CblasUpper, CblasNoTrans, n, m, 1.0f, A, n, 0.0f, C, n);
         return;
     }
     // The packed form works row by row: row j of the scratch is A times the m values that start
     // at element j * m of A, for j below m, then the lower triangle of the scratch is packed in
-    // row order. With m above n those values would lie past A, so such a call does nothing.
+    // row order, which is the upper triangle column by column. Nothing is conjugated: for a
+    // square A this is the upper triangle of A times A, which is A times its conjugate transpose
+    // when A is Hermitian (a covariance, say). With m above n those values would lie past A, so
+    // such a call does nothing; with m below n the rows from m on are not computed and read as
+    // 0, never as what an earlier call left there.
     if (m > n) return;
-    const auto nn = static_cast<std::size_t>(n);
     if (product_.size() < nn * nn) product_.resize(nn * nn);
     for (int j = 0; j < m; ++j) {
         cblas_cgemv(CblasColMajor, CblasNoTrans, n, m, &one, A, n,
-                    A + static_cast<std::size_t>(j) * m, 1, &zero,
+                    A + static_cast<std::size_t>(j) * static_cast<std::size_t>(m), 1, &zero,
                     product_.data() + static_cast<std::size_t>(j) * nn, 1);
     }
+    std::fill(product_.begin() + static_cast<std::ptrdiff_t>(static_cast<std::size_t>(m) * nn),
+              product_.begin() + static_cast<std::ptrdiff_t>(nn * nn), zero);
     std::size_t out = 0;
     for (std::size_t i = 0; i < nn; ++i) {
         for (std::size_t j = 0; j <= i; ++j) C[out++] = product_[i * nn + j];
@@ -316,7 +323,8 @@ void DSPLibFftw::HermitianProduct(const Complex32* A, int n, int m, Complex32* C
 }
 
 void DSPLibFftw::ComplexSvd(int m, int n, const Complex32* A, Complex32* U, float* S) {
-    if (m < 1 || n < 1 || m * n > kMaxSvdValues) return;
+    // The product in 64 bits: two large counts must not overflow into a small one.
+    if (m < 1 || n < 1 || std::int64_t{m} * n > kMaxSvdValues) return;
     const auto mm = static_cast<std::size_t>(m), ns = static_cast<std::size_t>(n);
     std::vector<Complex32> a(A, A + mm * ns);
     std::vector<Complex32> u(mm * mm), vt(ns * ns);
