@@ -267,28 +267,51 @@ void DSPLibFftw::DecimateShort(const std::int16_t* src, std::int16_t* dst, int n
 
 void DSPLibFftw::HermitianEigen(const Complex32* A, int n, int k, Complex32* V, float* w,
                                 bool packed) {
+    static_assert(sizeof(lapack_int) == sizeof(int), "the work arrays hold 32-bit integers");
     if (n < 1 || n > kMaxEigen || k < 1 || k > n) return;
     const auto nn = static_cast<std::size_t>(n);
-    std::vector<Complex32> a(packed ? nn * (nn + 1) / 2 : nn * nn);
-    std::copy_n(A, a.size(), a.begin());
-    std::vector<float> values(nn);
-    std::vector<Complex32> vectors(nn * static_cast<std::size_t>(k));
-    std::vector<lapack_int> fail(nn);
+    EigenWork& e = eigen_;
+    if (e.n != n) {
+        // Sized once per n, so a run of same-sized problems allocates nothing: the full route's
+        // lengths from the solver's own query, at least the packed route's 2n, 7n and 5n.
+        e.n = 0;
+        e.matrix.resize(nn * nn);
+        e.vectors.resize(nn * nn);
+        e.values.resize(nn);
+        e.support.resize(2 * nn);
+        Complex32 lwork;
+        float lrwork = 0;
+        lapack_int liwork = 0, found = 0;
+        if (LAPACKE_cheevr_work(LAPACK_COL_MAJOR, 'V', 'I', 'U', n, e.matrix.data(), n, 0.0f, 0.0f,
+                                1, n, 0.0f, &found, e.values.data(), e.vectors.data(), n,
+                                e.support.data(), &lwork, -1, &lrwork, -1, &liwork, -1) != 0)
+            return;
+        e.work.resize(std::max(static_cast<std::size_t>(lwork.real()), 2 * nn));
+        e.rwork.resize(std::max(static_cast<std::size_t>(lrwork), 7 * nn));
+        e.iwork.resize(std::max(static_cast<std::size_t>(liwork), 5 * nn));
+        e.n = n;
+    }
+    // The solvers overwrite the matrix: they work on a copy, so A is not changed.
+    std::copy_n(A, packed ? nn * (nn + 1) / 2 : nn * nn, e.matrix.begin());
     lapack_int found = 0;
     // The k largest: indices n-k+1 to n of the ascending order.
     const lapack_int il = n - k + 1, iu = n;
     lapack_int info = 0;
     if (packed) {
-        info = LAPACKE_chpevx(LAPACK_COL_MAJOR, 'V', 'I', 'U', n, a.data(), 0.0f, 0.0f, il, iu,
-                              0.0f, &found, values.data(), vectors.data(), n, fail.data());
+        info = LAPACKE_chpevx_work(LAPACK_COL_MAJOR, 'V', 'I', 'U', n, e.matrix.data(), 0.0f, 0.0f,
+                                   il, iu, 0.0f, &found, e.values.data(), e.vectors.data(), n,
+                                   e.work.data(), e.rwork.data(), e.iwork.data(), e.support.data());
     } else {
-        std::vector<lapack_int> support(2 * nn);
-        info = LAPACKE_cheevr(LAPACK_COL_MAJOR, 'V', 'I', 'U', n, a.data(), n, 0.0f, 0.0f, il, iu,
-                              0.0f, &found, values.data(), vectors.data(), n, support.data());
+        info = LAPACKE_cheevr_work(LAPACK_COL_MAJOR, 'V', 'I', 'U', n, e.matrix.data(), n, 0.0f,
+                                   0.0f, il, iu, 0.0f, &found, e.values.data(), e.vectors.data(), n,
+                                   e.support.data(), e.work.data(),
+                                   static_cast<lapack_int>(e.work.size()), e.rwork.data(),
+                                   static_cast<lapack_int>(e.rwork.size()), e.iwork.data(),
+                                   static_cast<lapack_int>(e.iwork.size()));
     }
     if (info != 0 || found != k) return;
-    std::copy_n(vectors.begin(), vectors.size(), V);
-    std::copy_n(values.begin(), static_cast<std::size_t>(k), w);
+    std::copy_n(e.vectors.begin(), nn * static_cast<std::size_t>(k), V);
+    std::copy_n(e.values.begin(), static_cast<std::size_t>(k), w);
 }
 
 void DSPLibFftw::HermitianProduct(const Complex32* A, int n, int m, Complex32* C, bool packed) {
