@@ -267,48 +267,78 @@ void DSPLibFftw::DecimateShort(const std::int16_t* src, std::int16_t* dst, int n
 
 void DSPLibFftw::HermitianEigen(const Complex32* A, int n, int k, Complex32* V, float* w,
                                 bool packed) {
+    static_assert(sizeof(lapack_int) == sizeof(int), "the work arrays hold 32-bit integers");
     if (n < 1 || n > kMaxEigen || k < 1 || k > n) return;
     const auto nn = static_cast<std::size_t>(n);
-    std::vector<Complex32> a(packed ? nn * (nn + 1) / 2 : nn * nn);
-    std::copy_n(A, a.size(), a.begin());
-    std::vector<float> values(nn);
-    std::vector<Complex32> vectors(nn * static_cast<std::size_t>(k));
-    std::vector<lapack_int> fail(nn);
+    EigenWork& e = eigen_;
+    if (e.n != n) {
+        // Sized once per n, so a run of same-sized problems allocates nothing: the full route's
+        // lengths from the solver's own query, at least the packed route's 2n, 7n and 5n.
+        e.n = 0;
+        e.matrix.resize(nn * nn);
+        e.vectors.resize(nn * nn);
+        e.values.resize(nn);
+        e.support.resize(2 * nn);
+        Complex32 lwork;
+        float lrwork = 0;
+        lapack_int liwork = 0, found = 0;
+        if (LAPACKE_cheevr_work(LAPACK_COL_MAJOR, 'V', 'I', 'U', n, e.matrix.data(), n, 0.0f, 0.0f,
+                                1, n, 0.0f, &found, e.values.data(), e.vectors.data(), n,
+                                e.support.data(), &lwork, -1, &lrwork, -1, &liwork, -1) != 0)
+            return;
+        e.work.resize(std::max(static_cast<std::size_t>(lwork.real()), 2 * nn));
+        e.rwork.resize(std::max(static_cast<std::size_t>(lrwork), 7 * nn));
+        e.iwork.resize(std::max(static_cast<std::size_t>(liwork), 5 * nn));
+        e.n = n;
+    }
+    // The solvers overwrite the matrix: they work on a copy, so A is not changed.
+    std::copy_n(A, packed ? nn * (nn + 1) / 2 : nn * nn, e.matrix.begin());
     lapack_int found = 0;
     // The k largest: indices n-k+1 to n of the ascending order.
     const lapack_int il = n - k + 1, iu = n;
     lapack_int info = 0;
     if (packed) {
-        info = LAPACKE_chpevx(LAPACK_COL_MAJOR, 'V', 'I', 'U', n, a.data(), 0.0f, 0.0f, il, iu,
-                              0.0f, &found, values.data(), vectors.data(), n, fail.data());
+        info = LAPACKE_chpevx_work(LAPACK_COL_MAJOR, 'V', 'I', 'U', n, e.matrix.data(), 0.0f, 0.0f,
+                                   il, iu, 0.0f, &found, e.values.data(), e.vectors.data(), n,
+                                   e.work.data(), e.rwork.data(), e.iwork.data(), e.support.data());
     } else {
-        std::vector<lapack_int> support(2 * nn);
-        info = LAPACKE_cheevr(LAPACK_COL_MAJOR, 'V', 'I', 'U', n, a.data(), n, 0.0f, 0.0f, il, iu,
-                              0.0f, &found, values.data(), vectors.data(), n, support.data());
+        info = LAPACKE_cheevr_work(LAPACK_COL_MAJOR, 'V', 'I', 'U', n, e.matrix.data(), n, 0.0f,
+                                   0.0f, il, iu, 0.0f, &found, e.values.data(), e.vectors.data(), n,
+                                   e.support.data(), e.work.data(),
+                                   static_cast<lapack_int>(e.work.size()), e.rwork.data(),
+                                   static_cast<lapack_int>(e.rwork.size()), e.iwork.data(),
+                                   static_cast<lapack_int>(e.iwork.size()));
     }
     if (info != 0 || found != k) return;
-    std::copy_n(vectors.begin(), vectors.size(), V);
-    std::copy_n(values.begin(), static_cast<std::size_t>(k), w);
+    std::copy_n(e.vectors.begin(), nn * static_cast<std::size_t>(k), V);
+    std::copy_n(e.values.begin(), static_cast<std::size_t>(k), w);
 }
 
 void DSPLibFftw::HermitianProduct(const Complex32* A, int n, int m, Complex32* C, bool packed) {
-    if (n < 1 || m < 1) return;
+    if (n < 1 || m < 0) return;
+    const auto nn = static_cast<std::size_t>(n);
     const Complex32 one(1.0f, 0.0f), zero(0.0f, 0.0f);
     if (!packed) {
+        // Rank 0 is an empty sum: the upper triangle becomes 0, as the rank-k update leaves it.
         cblas_cherk(CblasColMajor, CblasUpper, CblasNoTrans, n, m, 1.0f, A, n, 0.0f, C, n);
         return;
     }
     // The packed form works row by row: row j of the scratch is A times the m values that start
     // at element j * m of A, for j below m, then the lower triangle of the scratch is packed in
-    // row order. With m above n those values would lie past A, so such a call does nothing.
+    // row order, which is the upper triangle column by column. Nothing is conjugated: for a
+    // square A this is the upper triangle of A times A, which is A times its conjugate transpose
+    // when A is Hermitian (a covariance, say). With m above n those values would lie past A, so
+    // such a call does nothing; with m below n the rows from m on are not computed and read as
+    // 0, never as what an earlier call left there.
     if (m > n) return;
-    const auto nn = static_cast<std::size_t>(n);
     if (product_.size() < nn * nn) product_.resize(nn * nn);
     for (int j = 0; j < m; ++j) {
         cblas_cgemv(CblasColMajor, CblasNoTrans, n, m, &one, A, n,
-                    A + static_cast<std::size_t>(j) * m, 1, &zero,
+                    A + static_cast<std::size_t>(j) * static_cast<std::size_t>(m), 1, &zero,
                     product_.data() + static_cast<std::size_t>(j) * nn, 1);
     }
+    std::fill(product_.begin() + static_cast<std::ptrdiff_t>(static_cast<std::size_t>(m) * nn),
+              product_.begin() + static_cast<std::ptrdiff_t>(nn * nn), zero);
     std::size_t out = 0;
     for (std::size_t i = 0; i < nn; ++i) {
         for (std::size_t j = 0; j <= i; ++j) C[out++] = product_[i * nn + j];
@@ -316,7 +346,8 @@ void DSPLibFftw::HermitianProduct(const Complex32* A, int n, int m, Complex32* C
 }
 
 void DSPLibFftw::ComplexSvd(int m, int n, const Complex32* A, Complex32* U, float* S) {
-    if (m < 1 || n < 1 || m * n > kMaxSvdValues) return;
+    // The product in 64 bits: two large counts must not overflow into a small one.
+    if (m < 1 || n < 1 || std::int64_t{m} * n > kMaxSvdValues) return;
     const auto mm = static_cast<std::size_t>(m), ns = static_cast<std::size_t>(n);
     std::vector<Complex32> a(A, A + mm * ns);
     std::vector<Complex32> u(mm * mm), vt(ns * ns);

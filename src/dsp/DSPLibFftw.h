@@ -54,6 +54,14 @@ class DSPLibFftw final : public DSPLibIF {
     // [unaligned, aligned][table][k]
     std::array<std::array<std::array<void*, kMaxLog2 + 1>, kTables>, 2> plans_{};
     std::vector<Complex32> product_;  // the packed product's rows, grown, never shrunk
+    // The eigen solver's matrix copy, results and work arrays, sized for n (0: not yet).
+    struct EigenWork {
+        int n = 0;
+        std::vector<Complex32> matrix, vectors, work;
+        std::vector<float> values, rwork;
+        std::vector<int> iwork, support;
+    };
+    EigenWork eigen_;
 };
 
 }  // namespace halvo

@@ -8,7 +8,9 @@
 // 1 or less); when src and dst differ, n values are copied into dst first (n + 2 reals for a
 // backward real transform, whose input is the packed half spectrum), and the transform then runs
 // in place in dst over the whole power of two. A caller whose n is no power of two zero-fills dst
-// up to it. Real spectra are packed: n/2 + 1 complex values, that is n + 2 reals. Forward is
+// up to it; an n below 0 copies as if it were 0. dst holds the whole power of two: 2^k complex
+// values, or 2^k + 2 reals for a real transform either way. Real spectra are packed: n/2 + 1
+// complex values, that is n + 2 reals, bins 0 and n/2 with their imaginary parts (0). Forward is
 // unscaled and backward scales by 1/length, so forward then backward gives the input back. For
 // k of 22 and above nothing is transformed: dst keeps the plain copy. No operation reports a
 // failure; bad sizes do nothing.
@@ -61,14 +63,20 @@ class DSPLibIF {
         static_cast<void>(A), static_cast<void>(n), static_cast<void>(k);
         static_cast<void>(V), static_cast<void>(w), static_cast<void>(packed);
     }
-    // C = A times its conjugate transpose for the n by m matrix A, upper triangle: into a full n
-    // by n C, or packed (see the implementation for the packed form's own rule).
+    // C = A times its conjugate transpose for the n by m matrix A (column by column), upper
+    // triangle into a full n by n C; m of 0 writes zeros. Packed (n(n+1)/2 values, the upper
+    // triangle column by column) the product keeps its own row-by-row rule: row j of an n by n
+    // scratch is A times the m values from element j * m, for j below m, with rows from m on 0.
+    // Nothing is conjugated there, so for square A it is A times A, which is A times its
+    // conjugate transpose when A is Hermitian. m above n, n below 1 or m below 0 does nothing.
     virtual void HermitianProduct(const Complex32* A, int n, int m, Complex32* C, bool packed) {
         static_cast<void>(A), static_cast<void>(n), static_cast<void>(m);
         static_cast<void>(C), static_cast<void>(packed);
     }
-    // The left singular vectors (m by m into U) and the singular values (n into S) of the m by n
-    // matrix A, for m * n of at most 125; larger leaves U and S alone.
+    // The left singular vectors (m by m into U, the first min(m, n) columns filled, the rest 0)
+    // and the singular values (n into S, descending, 0 past min(m, n)) of the m by n matrix A,
+    // column by column, for m * n of 1 to 125; anything else, or a solver that does not
+    // converge, leaves U and S alone.
     virtual void ComplexSvd(int m, int n, const Complex32* A, Complex32* U, float* S) {
         static_cast<void>(m), static_cast<void>(n), static_cast<void>(A);
         static_cast<void>(U), static_cast<void>(S);
