@@ -27,8 +27,13 @@ class DrawingContext {
     virtual void SetPen(DrawColour colour, int width = 1) = 0;
     // From (x0, y0) to (x1, y1), both ends drawn.
     virtual void Line(int x0, int y0, int x1, int y1) = 0;
-    // The outline of the pixels from (left, top) to (right, bottom), both inclusive.
-    virtual void Rectangle(int left, int top, int right, int bottom) = 0;
+    // The outline of the pixels from (left, top) to (right, bottom), both inclusive: four lines.
+    void Rectangle(int left, int top, int right, int bottom) {
+        Line(left, top, right, top);
+        Line(right, top, right, bottom);
+        Line(right, bottom, left, bottom);
+        Line(left, bottom, left, top);
+    }
     // The pixels from (left, top) to (right, bottom), both inclusive, in one colour.
     virtual void Fill(int left, int top, int right, int bottom, DrawColour colour) = 0;
     virtual void Pixel(int x, int y, DrawColour colour) = 0;

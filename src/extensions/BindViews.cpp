@@ -56,7 +56,8 @@ int BindViews(const ViewBinding& binding, WaterfallExtension& extension, const c
     if (!found || m < 0) return -1;
     for (ExtensionView* view : *views) {
         const int d = view == nullptr ? -1 : view->DisplayIndex();
-        if ((Is(view, kLegendView) || Is(view, kPlotView)) && d == m) view->AttachExtension(&extension);
+        if ((Is(view, kLegendView) || Is(view, kPlotView)) && d == m)
+            view->AttachExtension(&extension);
         if (Is(view, kWaterfallView) && (d == m || d == m + 1)) view->AttachExtension(&extension);
     }
     if (binding.prepareDisplay) {

@@ -51,7 +51,8 @@ TEST(BindViews, ThePlotStripsLastDisplayAndItsNeighbourAreTheExtensions) {
     EXPECT_EQ(BindViews(binding, hook, "Sediment Classification"), 3);
     std::string bound;
     for (const View& view : views) {
-        if (view.attached == &hook) bound += std::string(view.kind) + std::to_string(view.display) + " ";
+        if (view.attached == &hook)
+            bound += std::string(view.kind) + std::to_string(view.display) + " ";
     }
     EXPECT_EQ(bound, "PlotView3 XYPlotView3 CWaterfallView3 CWaterfallView4 ");
     EXPECT_EQ(prepared, (std::vector<std::pair<int, int>>{{3, 9}, {4, 8}}));

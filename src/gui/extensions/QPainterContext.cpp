@@ -33,13 +33,6 @@ void QPainterContext::Line(int x0, int y0, int x1, int y1) {
     painter_.restore();
 }
 
-void QPainterContext::Rectangle(int left, int top, int right, int bottom) {
-    Line(left, top, right, top);
-    Line(right, top, right, bottom);
-    Line(right, bottom, left, bottom);
-    Line(left, bottom, left, top);
-}
-
 void QPainterContext::Fill(int left, int top, int right, int bottom, DrawColour colour) {
     if (right < left) std::swap(left, right);
     if (bottom < top) std::swap(top, bottom);

@@ -59,13 +59,6 @@ void CairoCanvas::Line(int x0, int y0, int x1, int y1) {
     cairo_stroke(cairo_);
 }
 
-void CairoCanvas::Rectangle(int left, int top, int right, int bottom) {
-    Line(left, top, right, top);
-    Line(right, top, right, bottom);
-    Line(right, bottom, left, bottom);
-    Line(left, bottom, left, top);
-}
-
 void CairoCanvas::Fill(int left, int top, int right, int bottom, DrawColour colour) {
     if (!Valid()) return;
     if (right < left) std::swap(left, right);

@@ -31,7 +31,6 @@ class CairoCanvas final : public DrawingContext {
 
     void SetPen(DrawColour colour, int width = 1) override;
     void Line(int x0, int y0, int x1, int y1) override;
-    void Rectangle(int left, int top, int right, int bottom) override;
     void Fill(int left, int top, int right, int bottom, DrawColour colour) override;
     void Pixel(int x, int y, DrawColour colour) override;
     void Text(int x, int y, std::string_view text, int pixelHeight, DrawColour colour) override;
