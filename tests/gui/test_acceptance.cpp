@@ -196,7 +196,7 @@ TEST_F(Acceptance, LiveSurveyIsShownRecordedAndPlayedBackWhole) {
     CColorStatusBar& bar = *windows_->Frame().ColourBar();
     for (const char* item : {"SB ", "SL ", "SH ", "SBS ", "SLS ", "SHS ", "RC "})
         EXPECT_TRUE(bar.Message().contains(item)) << item << " in " << bar.Message().toStdString();
-    EXPECT_EQ(bar.MessagePixelSize(), 22);
+    EXPECT_EQ(bar.MessagePixelSize(), 18);  // the demo's FontSize
     EXPECT_EQ(bar.PaneText(Housekeeping::kAlertPane), "ALERTS:  ALT");
     // Each display keeps lines enough to fill its window (two columns a line), so a palette or
     // zoom change redraws the whole visible history.
