@@ -169,6 +169,10 @@ int SonarIF::GetPulseBlockVersion(int index) const {
     return controller_->GetPulseBlockVersion(index);
 }
 
+bool SonarIF::HasStatus() const {
+    return controller_->HasStatus();
+}
+
 std::array<std::int32_t, SonarController::kStatusWords> SonarIF::GetStatus() const {
     return controller_->GetStatus();
 }

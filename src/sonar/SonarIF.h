@@ -71,6 +71,8 @@ class SonarIF {
     std::vector<std::uint8_t> GetPulseBlock(int index) const;
     int GetPulseBlockVersion(int index) const;
     std::array<std::int32_t, SonarController::kStatusWords> GetStatus() const;
+    // Whether a whole system status reply has come: before it the words are zeros.
+    bool HasStatus() const;
     // The last 332-byte recorder status reply; empty before the first.
     std::vector<std::uint8_t> GetRecorderStatus() const;
     std::string RateText(int index) const;

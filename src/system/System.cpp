@@ -23,7 +23,6 @@
 #include "extensions/InstalledExtensions.h"
 #include "nav/NavigationConfig.h"
 #include "nav/NavigationInput.h"
-#include "nav/NavigationText.h"
 #include "net/NetworkHub.h"
 #include "net/SocketManager.h"
 #include "platform/AlsaPcmOutput.h"
@@ -36,7 +35,6 @@
 #include "status/SoundBeeper.h"
 #include "status/StatusControl.h"
 #include "status/StatusDataProcessor.h"
-#include "status/StatusSources.h"
 #include "storage/LoggingControl.h"
 #include "storage/MessageLogObserver.h"
 #include "storage/PerFileLog.h"
@@ -46,6 +44,7 @@
 #include "system/LineCacheDocument.h"
 #include "system/LogNotifier.h"
 #include "system/SonarModelChannelMap.h"
+#include "system/StatusWiring.h"
 
 namespace halvo {
 
@@ -285,32 +284,8 @@ void System::WireSequence() {
     sequence_[Component::Status] = {
         [this] { statusControl_->Load(); }, [this] { statusControl_->Save(); },
         [this] {
-            StatusSources sources;
-            PlugStorage(sources, *storage_);
-            sources.navStatus = [this] { return stamping_->getNavStatus(); };
-            const auto gps = [this] { return general_->Snapshot().GPSFlags; };
-            sources.positionText = [gps](const ConstTraceHeaderView& th) {
-                return PositionText(th, gps());
-            };
-            sources.timeText = [](const ConstTraceHeaderView& th) { return TimeText(th); };
-            sources.speedText = [](const ConstTraceHeaderView& th) { return SpeedCourseText(th); };
-            sources.attitudeText = [this](const ConstTraceHeaderView& th) {
-                return AttitudeText(th, general_->Snapshot().WaterSoundSpeed);
-            };
-            sources.sonar = [this](int index) {
-                SonarChannels out;
-                if (!sonar_ || index < 0 || index >= sonar_->GetNumSonars()) return out;
-                const SonarConfig s = sonar_->GetSonar(index);
-                out.firstChannel = s.channelOffset;
-                out.channels = s.ChannelCount();
-                return out;
-            };
-            sources.display = [this](int display) { return displayStates_->State(display); };
-            sources.systemStatus = [this]() -> std::optional<SystemStatusWords> {
-                if (!sonar_ || !sonar_->Controller().HasStatus()) return std::nullopt;
-                return sonar_->GetStatus();
-            };
-            status_->SetSources(std::move(sources));
+            status_->SetSources(
+                MakeStatusSources({*storage_, *stamping_, *general_, *displayStates_, sonarView_}));
             status_->start();
         }};
     sequence_[Component::Logs] = {[this] { logging_->Load(); }, [this] { logging_->Save(); }, {}};
