@@ -43,6 +43,7 @@
 #include "system/DisplayStateReader.h"
 #include "system/LineCacheDocument.h"
 #include "system/LogNotifier.h"
+#include "system/RecorderWiring.h"
 #include "system/SonarModelChannelMap.h"
 #include "system/StatusWiring.h"
 
@@ -137,74 +138,10 @@ void System::StopThreads() {
 }
 
 void System::MakeRecorder() {
-    StorageDataProcessor::Hooks hooks;
-    hooks.playback.gpsFlags = [this] { return general_->Snapshot().GPSFlags; };
-    hooks.playback.firstChannelOf = [this](std::uint8_t subsystem) -> std::optional<int> {
-        if (!sonar_) return std::nullopt;
-        for (int i = 0; i < SonarIF::kSonars; ++i) {
-            const SonarConfig s = sonar_->GetSonar(i);
-            if (s.subsystem == subsystem) return s.channelOffset;
-        }
-        return std::nullopt;
-    };
-    hooks.bathy = [this](const SonarMessage& trace) { return displayStates_->Bathy(trace); };
-    hooks.events = log_.get();
-    hooks.logging = logging_.get();
-    hooks.notifier = notifier_;
-    hooks.snapshot.now = [this] { return clock_->Now(); };
-    hooks.snapshot.markNumber = [this] { return status_ ? status_->MarkNumber() : 0; };
-    hooks.snapshot.parameterChanges = [this] { return sonar_ ? sonar_->GetChangeCount() : 0; };
-    hooks.snapshot.gps = [this] {
-        const StatusRecord r = status_->getRecord();
-        return GpsSnapshot{r.time, r.position, r.speed, r.markNumber};
-    };
-    hooks.snapshot.sensors = [this] {
-        const StatusRecord r = status_->getRecord();
-        return SensorSnapshot{r.attitude, r.depth / 1000.0, r.pressure / 1000.0};
-    };
-    hooks.snapshot.sonars = [this] {
-        std::vector<SonarSnapshot> out;
-        if (!sonar_) return out;
-        const StatusRecord r = status_->getRecord();
-        for (int i = 0; i < sonar_->GetNumSonars() && i < SonarIF::kSonars; ++i) {
-            const SonarConfig s = sonar_->GetSonar(i);
-            SonarSnapshot snap;
-            snap.index = i;
-            snap.firstChannel = s.InUse() ? s.channelOffset : 63;
-            snap.on = s.sonarOn;
-            if (snap.firstChannel >= 0 && snap.firstChannel < StatusRecord::kChannels) {
-                snap.pingNumber = static_cast<int>(r.ping[snap.firstChannel]);
-                snap.adcRate = r.sampleRate[snap.firstChannel];
-            }
-            snap.dataType = s.dataType == SonarConfig::DataRaw        ? 2
-                            : s.dataType == SonarConfig::DataAnalytic ? 1
-                                                                      : 0;
-            snap.rangeMode = s.rangeOrRate == SonarConfig::RangeMeters;
-            snap.rateOrRange = s.pingRate;
-            snap.trigger = s.trigger;
-            snap.delay = s.delay;
-            snap.depth = s.depth;
-            snap.decimationPre = s.frameDecimator;
-            snap.decimationPost = s.pixelDecimator;
-            snap.mux = static_cast<unsigned>(s.specialOptions);
-            for (int c = 0; c < s.ChannelCount(); ++c) {
-                ChannelGainSnapshot g;
-                g.automatic = s.agc[c] != 0;
-                g.manualGain = s.gain[c];
-                const int abs = s.channelOffset + c;
-                if (abs >= 0 && abs < StatusRecord::kChannels) g.measuredGain = r.gain[abs];
-                snap.gains.push_back(g);
-            }
-            snap.dacGain = s.overallPower;
-            // "of" is followed by each transducer's own share of the overall power.
-            for (int t = 0; t < s.TransducerCount(); ++t) snap.dac.push_back(s.pulsePower[t]);
-            snap.pulse = s.pulse;
-            out.push_back(std::move(snap));
-        }
-        return out;
-    };
-    recorder_ = std::make_unique<StorageDataProcessor>(hub_->DataBus(), *storage_, platform_.ticks,
-                                                       std::move(hooks));
+    recorder_ = std::make_unique<StorageDataProcessor>(
+        hub_->DataBus(), *storage_, platform_.ticks,
+        MakeRecorderHooks({*general_, *displayStates_, *clock_, *status_, *log_, *logging_,
+                           *notifier_, sonarView_}));
 }
 
 void System::MakeSonar() {
