@@ -32,7 +32,9 @@ StorageDataProcessor::Hooks MakeRecorderHooks(const RecorderWiring& parts) {
     hooks.notifier = &parts.notifier;
     hooks.snapshot.now = [&] { return clock.Now(); };
     hooks.snapshot.markNumber = [&] { return status.MarkNumber(); };
-    hooks.snapshot.parameterChanges = [&] { return sonar != nullptr ? sonar->GetChangeCount() : 0; };
+    hooks.snapshot.parameterChanges = [&] {
+        return sonar != nullptr ? sonar->GetChangeCount() : 0;
+    };
     hooks.snapshot.gps = [&] {
         const StatusRecord r = status.getRecord();
         return GpsSnapshot{r.time, r.position, r.speed, r.markNumber};
