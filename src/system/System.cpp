@@ -36,7 +36,7 @@
 #include "status/StatusControl.h"
 #include "status/StatusDataProcessor.h"
 #include "storage/LoggingControl.h"
-#include "storage/MessageLogObserver.h"
+#include "storage/MessageLog.h"
 #include "storage/PerFileLog.h"
 #include "storage/StorageControl.h"
 #include "storage/StorageDataProcessor.h"
@@ -108,8 +108,8 @@ System::System(Platform platform) : platform_(platform) {
     documents_.push_back(lines_.get());
     drain_ = std::make_unique<DisplayDrain>(displays_->Queue(), *coordinator_);
 
-    dataLog_ = std::make_unique<MessageLogObserver>(LogStream::Data, *logging_, *log_);
-    commandLog_ = std::make_unique<MessageLogObserver>(LogStream::Command, *logging_, *log_);
+    dataLog_ = std::make_unique<MessageLog>(LogStream::Data, *logging_, *log_);
+    commandLog_ = std::make_unique<MessageLog>(LogStream::Command, *logging_, *log_);
     // Socket traffic is logged by the links themselves: a reply once its body has arrived, a
     // command once its bytes have left. Played records and serial lines never reach these lines,
     // and a command that never went out is never logged as sent.

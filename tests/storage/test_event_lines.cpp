@@ -10,7 +10,7 @@
 #include "core/MessageTypes.h"
 #include "storage/HsfTestWriter.h"
 #include "storage/LoggingControl.h"
-#include "storage/MessageLogObserver.h"
+#include "storage/MessageLog.h"
 #include "storage/StorageTestSupport.h"
 
 namespace halvo {
@@ -137,19 +137,18 @@ TEST(EventLines, ObserversWriteTheEventLog) {
     coordinator.SetActiveProfile(dir.File("Defaults.Hni"));
     LoggingControl logging(coordinator);
     EventLog events([] { return TimeValue{3600 * 5 + 61, 0}; });
-    MessageLogObserver data(LogStream::Data, logging, events);
-    MessageLogObserver command(LogStream::Command, logging, events);
+    MessageLog data(LogStream::Data, logging, events);
+    MessageLog command(LogStream::Command, logging, events);
     std::vector<std::uint8_t> time(12);
     SonarMessage m = Make(2111, 2, time);
 
-    data.PreviewMessage(&m, SourceSonarData, 0);
+    data.Log(m);
     EXPECT_TRUE(events.Lines().empty());  // flags 0: nothing
     LoggingSettings s = logging.getSettings();
     s.flags = L::kDataSock | L::kVerbose;
     logging.setSettings(s);
-    data.PreviewMessage(&m, SourceSonarData, 0);
-    command.PreviewMessage(&m, SourceLocal, 0);
-    data.PreviewMessage(nullptr, SourceIdle, 0);
+    data.Log(m);
+    command.Log(m);
     const std::vector<std::string> lines = events.Lines();
     ASSERT_EQ(lines.size(), 2u);
     EXPECT_EQ(lines[0],

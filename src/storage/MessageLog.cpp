@@ -1,4 +1,4 @@
-#include "storage/MessageLogObserver.h"
+#include "storage/MessageLog.h"
 
 #include "app/EventLog.h"
 #include "core/SonarMessage.h"
@@ -6,11 +6,7 @@
 
 namespace halvo {
 
-void MessageLogObserver::PreviewMessage(SonarMessage* message, int, std::uint32_t) {
-    if (message) Log(*message);
-}
-
-void MessageLogObserver::Log(const SonarMessage& message) {
+void MessageLog::Log(const SonarMessage& message) {
     const std::int32_t flags = logging_.Flags();
     // Most messages go unlogged: leave before any text is made.
     if (!MessageLogLines::Wanted(message.type(), message.direction(), stream_, flags)) return;
