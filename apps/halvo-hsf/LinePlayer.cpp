@@ -8,11 +8,11 @@
 namespace halvo::hsf {
 
 LinePlayer::LinePlayer(const std::string& settings)
-    : stamping_(settings),
-      general_(coordinator_),
+    : general_(coordinator_),
       set_(coordinator_, general_),
       output_(set_.Queue(), [] { return true; }, coordinator_.Running(), {}),
-      displays_(set_, general_, output_, &sonars_) {
+      displays_(set_, general_, output_, &sonars_),
+      stamping_(settings, {&displays_}) {
     coordinator_.SetActiveProfile(settings);
     coordinator_.Running().Raise();
     general_.Load();

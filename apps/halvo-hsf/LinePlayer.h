@@ -1,6 +1,7 @@
 #pragma once
-// Playback's own steps (preparation, normalisation and stamping on the file's clock) followed by
-// the display chain, with the settings of one file: the road a played record takes to become
+// Playback's own steps (preparation, then the program's pipeline: normalisation, stamping on the
+// file's clock, and the display chain ahead of stamping as on the program's bus), with the
+// settings of one file: the road a played record takes to become
 // display lines. `lines` prints what comes out, `render` draws it.
 
 #include <memory>
@@ -30,8 +31,7 @@ class LinePlayer {
     // every record, so it never fills and playback never waits.
     template <typename Take>
     void Play(SonarMessage m, Take&& take) {
-        m = stamping_.Process(std::move(m));
-        displays_.DeliverMessage(&m, SourcePlayback, 0);
+        stamping_.Process(std::move(m));
         DisplayQueueEntry entry;
         while (set_.Queue().Take(entry)) {
             if (entry.element) take(*entry.element);
@@ -42,13 +42,13 @@ class LinePlayer {
     GeneralValues General() const { return general_.Snapshot(); }
 
   private:
-    StampPipeline stamping_;
     SystemCoordinator coordinator_;
     GeneralSettings general_;
     DisplayProcessingSet set_;
     DisplayLineOutput output_;
     FixedSonarChannelMap sonars_;
     HalvoDisplaysDataProcessor displays_;
+    StampPipeline stamping_;
 };
 
 }  // namespace halvo::hsf

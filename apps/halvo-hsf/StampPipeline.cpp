@@ -6,7 +6,6 @@
 
 #include "app/IniFile.h"
 #include "core/MessageTypes.h"
-#include "core/Normalise.h"
 #include "core/TraceHeader.h"
 #include "stamping/SonarChannelSettings.h"
 
@@ -28,7 +27,9 @@ SystemTimeReading FileTimeClock::Read() {
     return SystemTimeReading{ms / 1000, static_cast<std::int32_t>(ms % 1000)};
 }
 
-StampPipeline::StampPipeline(const std::string& settingsFile) {
+StampPipeline::StampPipeline(const std::string& settingsFile,
+                             const std::vector<MessageObserver*>& ahead)
+    : pipeline_([this] { return static_cast<std::int64_t>(clock_.Now().seconds); }) {
     std::vector<SonarChannelBase> sonars = SegyDataProcessor::DefaultSonarChannels();
     // Without a file nothing is read at all: not even a Defaults.ini lying in the working folder.
     if (!settingsFile.empty()) {
@@ -49,6 +50,9 @@ StampPipeline::StampPipeline(const std::string& settingsFile) {
     };
     context_.gpsFlags = [this] { return general_.Snapshot().GPSFlags; };
     clock_.SetSource(0);  // the plain tick count: the file clock
+    pipeline_.Attach(&clockStage_);
+    for (MessageObserver* o : ahead) pipeline_.Attach(o);
+    pipeline_.Attach(&processor_);
 }
 
 std::int64_t StampPipeline::RecordTimeMs(const SonarMessage& m) {
@@ -71,13 +75,15 @@ std::int64_t StampPipeline::RecordTimeMs(const SonarMessage& m) {
     return -1;
 }
 
+void StampPipeline::ClockStage::ProcessMessage(SonarMessage* message, int, std::uint32_t) {
+    if (message == nullptr) return;
+    const std::int64_t at = RecordTimeMs(*message);
+    if (at >= 0 && owner_.fileClock_.Advance(at)) owner_.clock_.SyncFromSystem();
+}
+
 SonarMessage StampPipeline::Process(SonarMessage message) {
     preparer_.Prepare(message, storage_, context_);
-    const UtcSecondsFn utcNow = [this] { return static_cast<std::int64_t>(clock_.Now().seconds); };
-    if (SonarMessage normalised = Normalise(message, utcNow)) message = std::move(normalised);
-    const std::int64_t at = RecordTimeMs(message);
-    if (at >= 0 && fileClock_.Advance(at)) clock_.SyncFromSystem();
-    processor_.ProcessMessage(&message, SourcePlayback, 0);
+    pipeline_.Dispatch(message, SourcePlayback, 0);
     return message;
 }
 

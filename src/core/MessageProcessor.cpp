@@ -3,7 +3,6 @@
 #include <pthread.h>
 
 #include <chrono>
-#include <iterator>
 
 namespace halvo {
 
@@ -16,7 +15,14 @@ std::int64_t SteadyMs() {
 
 MessageProcessor::MessageProcessor(std::string name, const RunFlag& runFlag,
                                    const AcquireFilter& filter, UtcSecondsFn utcNow)
-    : name_(std::move(name)), runFlag_(runFlag), filter_(filter), utcNow_(std::move(utcNow)) {}
+    : name_(std::move(name)), runFlag_(runFlag), filter_(filter), pipeline_(std::move(utcNow)) {
+    pipeline_.SetArrival([this](const SonarMessage& m, int source) { WriteHistory(m, source); });
+    // The acquire filter only ever cuts what the sonar sent.
+    pipeline_.SetGate([this](const SonarMessage& m, int source) {
+        return source != SourceSonarData ||
+               AcquireFilter::Passes(snapshot_.value, m.direction(), m.type());
+    });
+}
 
 MessageProcessor::~MessageProcessor() {
     // An owner that did not let a stuck thread go gets the plain join: never a thread left
@@ -32,7 +38,7 @@ MessageProcessor::~MessageProcessor() {
 
 void MessageProcessor::RequestStop() {
     int running = Running;
-    state_.compare_exchange_strong(running, StopRequested);
+    if (state_.compare_exchange_strong(running, StopRequested)) pipeline_.Stop();
 }
 
 bool MessageProcessor::StopWithin(int waitMs) {
@@ -84,7 +90,7 @@ std::uint32_t MessageProcessor::QueueDepth() const {
 void MessageProcessor::Attach(MessageObserver* observer) {
     if (!observer) return;
     std::lock_guard g(lock_);
-    observers_.push_back(observer);
+    pipeline_.Attach(observer);
 }
 
 void MessageProcessor::Detach(MessageObserver* observer) {
@@ -99,41 +105,12 @@ void MessageProcessor::Detach(MessageObserver* observer) {
     } else {
         g.lock();
     }
-    for (auto it = observers_.begin(); it != observers_.end(); ++it) {
-        if (*it != observer) continue;
-        if (walking_ > 0) {
-            // A walk is under way on this thread: blank the slot, purge when the walk ends.
-            *it = nullptr;
-            needPurge_ = true;
-        } else {
-            observers_.erase(it);
-        }
-        return;
-    }
+    pipeline_.Detach(observer);
 }
 
 std::vector<MessageObserver*> MessageProcessor::Observers() {
     std::lock_guard g(lock_);
-    std::vector<MessageObserver*> out;
-    for (MessageObserver* o : observers_) {
-        if (o) out.push_back(o);
-    }
-    return out;
-}
-
-void MessageProcessor::Walk(Stage stage, SonarMessage* message, int source, std::uint32_t extra) {
-    ++walking_;
-    for (auto it = observers_.begin(); it != observers_.end();) {
-        // Once a stop is asked for, the observers behind may already be gone.
-        if (state_.load() == StopRequested) break;
-        auto next = std::next(it);
-        if (MessageObserver* o = *it) (o->*stage)(message, source, extra);
-        it = next;
-    }
-    if (--walking_ == 0 && needPurge_) {
-        observers_.remove(nullptr);
-        needPurge_ = false;
-    }
+    return pipeline_.Observers();
 }
 
 void MessageProcessor::WriteHistory(const SonarMessage& m, int source) {
@@ -149,18 +126,7 @@ void MessageProcessor::WriteHistory(const SonarMessage& m, int source) {
 }
 
 void MessageProcessor::Dispatch(SonarMessage message, int source, std::uint32_t extra) {
-    Walk(&MessageObserver::PreviewMessage, message ? &message : nullptr, source, extra);
-    if (message) {
-        WriteHistory(message, source);
-        if (SonarMessage normalised = Normalise(message, utcNow_)) message = std::move(normalised);
-        if (message && source == SourceSonarData &&
-            !AcquireFilter::Passes(snapshot_.value, message.direction(), message.type())) {
-            return;
-        }
-    }
-    SonarMessage* p = message ? &message : nullptr;
-    Walk(&MessageObserver::ProcessMessage, p, source, extra);
-    Walk(&MessageObserver::DeliverMessage, p, source, extra);
+    pipeline_.Dispatch(message, source, extra);
 }
 
 void MessageProcessor::Run() {

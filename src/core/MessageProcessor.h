@@ -7,7 +7,6 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
-#include <list>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -19,6 +18,7 @@
 #include "core/MessageQueue.h"
 #include "core/MessageTypes.h"
 #include "core/Normalise.h"
+#include "core/Pipeline.h"
 #include "core/RunFlag.h"
 #include "core/SonarMessage.h"
 
@@ -90,14 +90,11 @@ class MessageProcessor {
     virtual void Run();
 
   private:
-    using Stage = void (MessageObserver::*)(SonarMessage*, int, std::uint32_t);
-    void Walk(Stage stage, SonarMessage* message, int source, std::uint32_t extra);
     void WriteHistory(const SonarMessage& message, int source);
 
     const std::string name_;
     const RunFlag& runFlag_;
     const AcquireFilter& filter_;
-    const UtcSecondsFn utcNow_;
 
     std::array<HistoryEntry, kHistorySize> history_{};
     std::size_t historyIndex_ = 0;
@@ -106,9 +103,7 @@ class MessageProcessor {
     std::atomic<int> state_{NotStarted};
     std::unique_ptr<MessageQueue> queueOwner_;
     std::atomic<MessageQueue*> queue_{nullptr};
-    std::list<MessageObserver*> observers_;
-    int walking_ = 0;  // nesting depth of observer walks on the dispatching thread
-    bool needPurge_ = false;
+    Pipeline pipeline_;
     std::atomic<std::int64_t> lastIdleMs_{0};
     std::recursive_timed_mutex lock_;
     std::atomic<bool> stuck_{false};  // a stopping thread did not let the lock go in time
