@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <string>
 
+#include "app/Housekeeping.h"
 #include "storage/StorageState.h"
 
 namespace halvo {
@@ -17,6 +18,9 @@ struct StorageStatus {
     std::int32_t state = StateIdleRecord;
     std::int32_t freeMB = -1;  // free bytes at RecordDir / 1,000,000; -1 when RecordDir is empty
     std::int32_t fileNumber = 0;
+
+    // The row and file number the status bar's recorder pane shows for this state.
+    RecorderIndicator Indicator() const;
 
     friend bool operator==(const StorageStatus&, const StorageStatus&) = default;
 };

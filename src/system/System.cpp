@@ -125,11 +125,37 @@ System::~System() {
     StopThreads();
 }
 
+SystemModule& System::AddModule(Component component, std::unique_ptr<SystemModule> module) {
+    SystemModule& m = *module;
+    modules_.push_back(std::move(module));
+    sequence_.Add(component, m);
+    return m;
+}
+
+void System::StopModules() {
+    if (modulesStopped_ || !started_) return;
+    modulesStopped_ = true;
+    sequence_.StopAll();
+}
+
+ModuleContext System::Context() {
+    return ModuleContext{*coordinator_,
+                         *clock_,
+                         *log_,
+                         *notifier_,
+                         hub_->DataBus(),
+                         hub_->CommandBus(),
+                         [this](DisplayDocumentIF* d) { AddDocument(d); },
+                         [this](DisplayDocumentIF* d) { RemoveDocument(d); },
+                         [this] { return storage_->isPlaybackMode(); }};
+}
+
 // Threads stop while everything they touch still exists: the sockets, the serial readers, the
 // status writer; the buses stop with the hub, last.
 void System::StopThreads() {
     // The buses first: from here an observer that detaches cannot be held for ever by a bus
     // thread stuck in another one.
+    StopModules();
     if (hub_) hub_->RequestStop();
     if (network_) network_->StopNetwork();
     if (sockets_) sockets_->Stop();
@@ -407,6 +433,8 @@ void System::Ending(bool save) {
     if (save && started_) SaveFile();
     if (!started_) return;
     StopSonars();
+    // Modules let go of the buses and the line sink while everything they use still runs.
+    StopModules();
     network_->StopNetwork();
     sockets_->Stop();
     // Late writes of anybody go to a scratch file, never the operator's defaults.
@@ -497,29 +525,7 @@ Housekeeping::Sources System::HousekeepingSources() {
         return StatusLineStyle{st.fontSize, st.statusLines};
     };
     s.sonarChangeCount = [this] { return sonar_ ? sonar_->GetChangeCount() : 0; };
-    s.recorder = [this] {
-        const StorageStatus st = storage_->getStatus();
-        RecorderIndicator r;
-        switch (st.state) {
-            case StateRecord:
-                r.row = RecorderIndicator::Record;
-                break;
-            case StatePlayback:
-                r.row = RecorderIndicator::Playback;
-                break;
-            case StateIdlePlayback:
-                r.row = RecorderIndicator::IdlePlayback;
-                break;
-            case StateEndOfFile:
-                r.row = RecorderIndicator::EndOfFile;
-                break;
-            default:
-                r.row = RecorderIndicator::Other;
-                break;
-        }
-        r.fileNumber = st.fileNumber;
-        return r;
-    };
+    s.recorder = [this] { return storage_->getStatus().Indicator(); };
     return s;
 }
 

@@ -16,6 +16,8 @@
 #include <vector>
 
 #include "app/Housekeeping.h"
+#include "system/ModuleContext.h"
+#include "system/SystemModule.h"
 #include "system/SystemSequence.h"
 
 namespace halvo {
@@ -113,6 +115,13 @@ class System {
     // themselves (SonarOn is not loaded), so a run without the sonar page uses this.
     void SwitchSonarsOn();
 
+    // A part added after the core (an output, a capture): it is loaded, saved, started and
+    // stopped with the component it belongs to, in the fixed orders. Add before Startup; the
+    // system keeps it until it ends.
+    SystemModule& AddModule(Component component, std::unique_ptr<SystemModule> module);
+    // What a module may use of this system.
+    ModuleContext Context();
+
     // The 250 ms update's inputs, wired to this system's subsystems.
     Housekeeping::Sources HousekeepingSources();
 
@@ -180,6 +189,7 @@ class System {
     void MakeSonar();
     void MakeRecorder();
     void StopThreads();
+    void StopModules();
 
     Platform platform_;
     std::unique_ptr<Notifier> ownNotifier_;
@@ -220,6 +230,8 @@ class System {
     std::unique_ptr<StatusDataProcessor> status_;
 
     SystemSequence sequence_;
+    std::vector<std::unique_ptr<SystemModule>> modules_;
+    bool modulesStopped_ = false;
     MainValues main_;
     std::unique_ptr<InstalledExtensions> extensions_;
     std::vector<std::string> recent_;

@@ -28,6 +28,8 @@ const char* ComponentName(Component c) {
             return "printers";
         case Component::Video:
             return "video";
+        case Component::Capture:
+            return "capture";
         case Component::Count:
             break;
     }
@@ -38,7 +40,7 @@ const std::vector<Component>& SystemSequence::ReloadOrder() {
     static const std::vector<Component> order{
         Component::Extensions, Component::General,  Component::Displays, Component::Navigation,
         Component::Sonar,      Component::Hub,      Component::Storage,  Component::Logs,
-        Component::Status,     Component::Printers, Component::Video};
+        Component::Status,     Component::Printers, Component::Video,    Component::Capture};
     return order;
 }
 
@@ -46,7 +48,7 @@ const std::vector<Component>& SystemSequence::SaveOrder() {
     static const std::vector<Component> order{
         Component::Extensions, Component::Displays, Component::Storage,  Component::Logs,
         Component::Status,     Component::General,  Component::Printers, Component::Navigation,
-        Component::Sonar,      Component::Hub,      Component::Video};
+        Component::Sonar,      Component::Hub,      Component::Video,    Component::Capture};
     return order;
 }
 
@@ -56,28 +58,46 @@ const std::vector<Component>& SystemSequence::StartOrder() {
     static const std::vector<Component> order{
         Component::General, Component::Displays, Component::Stamping, Component::Sonar,
         Component::Hub,     Component::Storage,  Component::Status,   Component::Printers,
-        Component::Logs,    Component::Video};
+        Component::Logs,    Component::Video,    Component::Capture};
     return order;
 }
 
 void SystemSequence::Run(const std::vector<Component>& order, std::function<void()> Slots::*slot,
-                         const char* what) {
-    for (Component c : order) {
-        auto& fn = slots_[static_cast<int>(c)].*slot;
-        if (!fn) continue;
+                         void (SystemModule::*step)(), const char* what, bool reverse) {
+    auto one = [&](Component c) {
+        static const std::function<void()> none;
+        const auto& fn = slot != nullptr ? slots_[static_cast<int>(c)].*slot : none;
+        const auto& registered = modules_[static_cast<int>(c)];
+        if (!fn && registered.empty()) return;
         trace_.push_back(std::string(what) + " " + ComponentName(c));
-        fn();
+        if (!reverse && fn) fn();
+        // Copied: a module may register another while it runs.
+        const std::vector<SystemModule*> modules = registered;
+        if (reverse) {
+            for (auto it = modules.rbegin(); it != modules.rend(); ++it) ((*it)->*step)();
+        } else {
+            for (SystemModule* m : modules) (m->*step)();
+        }
+        if (reverse && fn) fn();
+    };
+    if (reverse) {
+        for (auto it = order.rbegin(); it != order.rend(); ++it) one(*it);
+    } else {
+        for (Component c : order) one(c);
     }
 }
 
 void SystemSequence::ReloadAll() {
-    Run(ReloadOrder(), &Slots::reload, "reload");
+    Run(ReloadOrder(), &Slots::reload, &SystemModule::Load, "reload");
 }
 void SystemSequence::SaveAll() {
-    Run(SaveOrder(), &Slots::save, "save");
+    Run(SaveOrder(), &Slots::save, &SystemModule::Save, "save");
 }
 void SystemSequence::StartAll() {
-    Run(StartOrder(), &Slots::start, "start");
+    Run(StartOrder(), &Slots::start, &SystemModule::Start, "start");
+}
+void SystemSequence::StopAll() {
+    Run(StartOrder(), nullptr, &SystemModule::Stop, "stop", true);
 }
 
 }  // namespace halvo

@@ -1,12 +1,15 @@
 #pragma once
-// The fixed orders in which the application reloads, saves and starts its subsystems. Each
-// subsystem fills the slots it has; an empty slot is a subsystem this build does not have and
-// its step does nothing. Keeping the orders in one table makes them visible and testable.
+// The fixed orders in which the application reloads, saves, starts and stops its subsystems.
+// Each component fills the slots it has (an empty slot does nothing) and may carry registered
+// modules, which run after the slot in the order they were added. Keeping the orders in one table
+// makes them visible and testable.
 
 #include <array>
 #include <functional>
 #include <string>
 #include <vector>
+
+#include "system/SystemModule.h"
 
 namespace halvo {
 
@@ -23,6 +26,7 @@ enum class Component {
     Status,
     Printers,
     Video,
+    Capture,
     Count
 };
 
@@ -41,6 +45,12 @@ class SystemSequence {
     void ReloadAll();
     void SaveAll();
     void StartAll();
+    // The reverse of the start order; modules of one component in the reverse of their adding.
+    void StopAll();
+
+    void Add(Component c, SystemModule& module) {
+        modules_[static_cast<int>(c)].push_back(&module);
+    }
 
     static const std::vector<Component>& ReloadOrder();
     static const std::vector<Component>& SaveOrder();
@@ -52,9 +62,11 @@ class SystemSequence {
 
   private:
     void Run(const std::vector<Component>& order, std::function<void()> Slots::*slot,
-             const char* what);
+             void (SystemModule::*step)(), const char* what, bool reverse = false);
 
     std::array<Slots, static_cast<int>(Component::Count)> slots_{};
+    // Kept apart from the slots, which the wiring assigns whole.
+    std::array<std::vector<SystemModule*>, static_cast<int>(Component::Count)> modules_{};
     std::vector<std::string> trace_;
 };
 

@@ -28,6 +28,9 @@
 #include "storage/HsfTestWriter.h"
 #include "storage/StorageTestSupport.h"
 #include "system/HeadlessRunner.h"
+#include "system/LineCacheDocument.h"
+#include "system/ModuleContext.h"
+#include "system/SystemModule.h"
 
 namespace halvo {
 namespace {
@@ -176,6 +179,83 @@ TEST_F(SystemWiringTest, PlaybackWritesBathymetryAndNoSocketLines) {
     ASSERT_EQ(bathy.size(), 6u * 20) << log;
     EXPECT_EQ(bathy[1], 1);
     EXPECT_NEAR(bathy[4], 15000, 30);
+}
+
+// A part added after the core joins the fixed orders through the module registry: its settings
+// load before anything starts, it attaches to the data bus behind every fixed observer, takes the
+// finished lines from the display timer, saves with the rest, and lets go of everything at the end.
+TEST_F(SystemWiringTest, RegisteredModuleFollowsTheFixedOrdersAndSeesEveryLine) {
+    HsfTestWriter file;
+    for (int ping = 1; ping <= 12; ++ping) {
+        TraceSpec spec;
+        spec.ping = ping;
+        spec.samples = 1000;
+        file.Add(HsfTestWriter::MakeTrace(spec));
+    }
+    ASSERT_TRUE(file.Save("played.hsf"));
+    std::ofstream("survey.Hni") << "[MessageSonarCommand]\nHostName=127.0.0.1\nPort=9\n"
+                                   "[MessageSonarData]\nHostName=127.0.0.1\nPort=9\n"
+                                   "[DisplayProcessing0]\nChannel=0\n";
+
+    struct Recording final : SystemModule, MessageObserver, DisplayDocumentIF {
+        explicit Recording(ModuleContext c, std::vector<std::string>& calls)
+            : context(std::move(c)), calls(calls) {}
+        std::string_view Name() const override { return "recording"; }
+        void Load() override { calls.push_back("load"); }
+        void Save() override { calls.push_back("save"); }
+        void Start() override {
+            calls.push_back("start");
+            context.dataBus.Attach(this);
+            context.attachLines(this);
+        }
+        void Stop() override {
+            calls.push_back("stop");
+            context.dataBus.Detach(this);
+            context.detachLines(this);
+        }
+        void DeliverMessage(SonarMessage* m, int, std::uint32_t) override {
+            if (m != nullptr && m->type() == MsgTrace) ++traces;
+        }
+        void OnDisplayNotice(int argument, const SharedLine& line) override {
+            if (argument == kStoreElement && line) ++lines;
+        }
+        ModuleContext context;
+        std::vector<std::string>& calls;
+        std::atomic<int> traces{0};
+        int lines = 0;
+    };
+    std::vector<std::string> calls;
+    System system(System::Platform{ticks_, clock_});
+    auto& module = static_cast<Recording&>(system.AddModule(
+        Component::Printers, std::make_unique<Recording>(system.Context(), calls)));
+    std::vector<MessageObserver*> observersWhileRunning;
+    {
+        std::ostringstream out;
+        HeadlessOptions options;
+        options.settings = "survey.Hni";
+        options.durationSeconds = 30;
+        options.play = {"played.hsf"};
+        HeadlessRunner runner(system, options, out);
+        std::atomic<bool> stop{false};
+        ASSERT_EQ(runner.Run(stop), 0) << out.str();
+    }
+    // Reloads of the defaults file and the settings file before the start, stopped at the end;
+    // where the run saved, the save came between.
+    ASSERT_GE(calls.size(), 3u);
+    EXPECT_EQ(calls.front(), "load");
+    const auto start = std::find(calls.begin(), calls.end(), "start");
+    ASSERT_NE(start, calls.end());
+    EXPECT_TRUE(std::all_of(calls.begin(), start, [](const auto& c) { return c == "load"; }));
+    EXPECT_EQ(calls.back(), "stop");
+    EXPECT_EQ(std::count(calls.begin(), calls.end(), "stop"), 1);
+    EXPECT_EQ(module.traces.load(), 12);
+    EXPECT_EQ(static_cast<std::uint64_t>(module.lines), system.Lines().Lines(0));
+    EXPECT_GE(module.lines, 12);
+    const auto data = system.Hub().DataBus().Observers();
+    EXPECT_EQ(std::find(data.begin(), data.end(), static_cast<MessageObserver*>(&module)),
+              data.end());
+    const auto trace = system.Sequence().Trace();
+    EXPECT_NE(std::find(trace.begin(), trace.end(), "stop printers"), trace.end());
 }
 
 // The alarm as the operator hears it from the real program: a raised alert sounds its tone,
