@@ -4,6 +4,7 @@
 #include <CLI/CLI.hpp>
 
 #include "halvo-hsf/DumpCommand.h"
+#include "halvo-hsf/GraphCommand.h"
 #include "halvo-hsf/InfoCommand.h"
 #include "halvo-hsf/LinesCommand.h"
 #include "halvo-hsf/RenderCommand.h"
@@ -15,6 +16,7 @@ int main(int argc, char** argv) {
     halvo::hsf::AddInfoCommand(app, exitCode);
     halvo::hsf::AddDumpCommand(app, exitCode);
     halvo::hsf::AddLinesCommand(app, exitCode);
+    halvo::hsf::AddGraphCommand(app, exitCode);
     halvo::hsf::AddRenderCommand(app, exitCode);
     try {
         app.parse(argc, argv);
