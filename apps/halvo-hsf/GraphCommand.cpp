@@ -79,7 +79,8 @@ void Print(GraphSession& session, const GraphValues& v) {
     j["time"] = time;
     j["spectrum"] = spectra;
     if (session.Correlation()) j["correlation"] = CurveJson(*session.Correlation());
-    j["stats"] = {{"time", FiguresJson(session.Time())}, {"frequency", FiguresJson(session.Frequency())}};
+    j["stats"] = {{"time", FiguresJson(session.Time())},
+                  {"frequency", FiguresJson(session.Frequency())}};
     std::fputs(Line(j).c_str(), stdout);
     std::fputc('\n', stdout);
 }
@@ -117,7 +118,8 @@ int RunGraph(const GraphOptions& o) {
     GraphTaker taker(&sonars);
     taker.SetChannels(v.Channel, v.Channel2);
     taker.SetAdcGainScaling(v.xADCGain);
-    auto pipeline = std::make_unique<StampPipeline>(o.settings, std::vector<MessageObserver*>{&taker});
+    auto pipeline =
+        std::make_unique<StampPipeline>(o.settings, std::vector<MessageObserver*>{&taker});
     GraphSession session;
     session.Time().State() = PlotState::FromText(v.PlotTime);
     session.Frequency().State() = PlotState::FromText(v.PlotFreq);
@@ -145,15 +147,15 @@ int RunGraph(const GraphOptions& o) {
 void AddGraphCommand(CLI::App& app, int& exitCode) {
     auto o = std::make_shared<GraphOptions>();
     CLI::App* cmd = app.add_subcommand(
-        "graph", "Play a data file through the graph page's computation; one JSON object per trace");
+        "graph",
+        "Play a data file through the graph page's computation; one JSON object per trace");
     cmd->add_option("FILE", o->file, "data file")->required()->check(CLI::ExistingFile);
     cmd->add_option("--settings", o->settings, "operator settings file (.Hni) with section Graph0")
         ->required()
         ->check(CLI::ExistingFile);
     cmd->add_option("--channel", o->channel, "first channel (Graph0 Channel)");
     cmd->add_option("--channel2", o->channel2, "second channel, below 0 for none");
-    cmd->add_option("--gate", o->gate, "first and last sample of the spectrum's gate")
-        ->expected(2);
+    cmd->add_option("--gate", o->gate, "first and last sample of the spectrum's gate")->expected(2);
     cmd->add_option("--window", o->window, "0 none, 1 Hann, 2 Hamming, 3 Blackman")
         ->check(CLI::Range(0, 3));
     cmd->add_option("--type", o->type, "time plot type 0-6")->check(CLI::Range(0, 6));

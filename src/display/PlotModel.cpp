@@ -36,7 +36,8 @@ PlotState PlotState::FromText(const std::string& text) {
         char* end = nullptr;
         const double v = std::strtod(value, &end);
         if (end == value || !std::isfinite(v)) continue;
-        if (key == "Options" && v >= 0 && v <= 0xFFFFFFFFu) s.options = static_cast<std::uint32_t>(v);
+        if (key == "Options" && v >= 0 && v <= 0xFFFFFFFFu)
+            s.options = static_cast<std::uint32_t>(v);
         if (key == "XZoom" && v > 0) s.xZoom = static_cast<float>(v);
         if (key == "YMin") s.yMin = static_cast<float>(v);
         if (key == "YMax") s.yMax = static_cast<float>(v);
@@ -118,8 +119,10 @@ PlotStatistics PlotModel::Statistics() const {
     const std::vector<float>& v = data_[0];
     if (v.empty()) return s;
     const double count = static_cast<double>(v.size());
-    const std::size_t first = static_cast<std::size_t>(std::clamp(state_.xFracFirst * count, 0.0, count));
-    const std::size_t last = static_cast<std::size_t>(std::clamp(state_.xFracLast * count, 0.0, count));
+    const std::size_t first =
+        static_cast<std::size_t>(std::clamp(state_.xFracFirst * count, 0.0, count));
+    const std::size_t last =
+        static_cast<std::size_t>(std::clamp(state_.xFracLast * count, 0.0, count));
     bool seen = false;
     for (std::size_t i = first; i < last && i < v.size(); ++i) {
         const double x = v[i];

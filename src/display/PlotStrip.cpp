@@ -12,8 +12,8 @@ namespace {
 // Half a pane is five degrees at a gain of 1.
 int AngleHeight(int raw, float gain, int half) {
     const double y = static_cast<double>(raw) * gain * half * 180.0 / 32768.0 / 5.0;
-    const int held = static_cast<int>(std::clamp(y, static_cast<double>(-half + 1),
-                                                 static_cast<double>(std::max(half - 1, -half + 1))));
+    const int held = static_cast<int>(std::clamp(
+        y, static_cast<double>(-half + 1), static_cast<double>(std::max(half - 1, -half + 1))));
     return half - held;
 }
 

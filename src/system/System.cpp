@@ -20,6 +20,7 @@
 #include "display/DisplayProcessingSet.h"
 #include "dsp/DisplayLineOutput.h"
 #include "dsp/HalvoDisplaysDataProcessor.h"
+#include "dsp/graph/GraphModule.h"
 #include "extensions/InstalledExtensions.h"
 #include "nav/NavigationConfig.h"
 #include "nav/NavigationInput.h"
@@ -118,6 +119,8 @@ System::System(Platform platform) : platform_(platform) {
     });
     MakeRecorder();
     WireSequence();
+    // The parts that register as modules, each with the component it loads, saves and starts with.
+    AddModule(Component::Displays, std::make_unique<GraphModule>(Context(), sonarMap_.get()));
 }
 
 System::~System() {

@@ -16,8 +16,8 @@
 #include <vector>
 
 #include "app/Housekeeping.h"
-#include "system/ModuleContext.h"
-#include "system/SystemModule.h"
+#include "app/ModuleContext.h"
+#include "app/SystemModule.h"
 #include "system/SystemSequence.h"
 
 namespace halvo {
@@ -121,6 +121,15 @@ class System {
     SystemModule& AddModule(Component component, std::unique_ptr<SystemModule> module);
     // What a module may use of this system.
     ModuleContext Context();
+    // The first registered module of this type, or null: how the windows find the part they
+    // show without an accessor for each.
+    template <class T>
+    T* FindModule() const {
+        for (const auto& m : modules_) {
+            if (auto* t = dynamic_cast<T*>(m.get())) return t;
+        }
+        return nullptr;
+    }
 
     // The 250 ms update's inputs, wired to this system's subsystems.
     Housekeeping::Sources HousekeepingSources();

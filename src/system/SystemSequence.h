@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "system/SystemModule.h"
+#include "app/SystemModule.h"
 
 namespace halvo {
 

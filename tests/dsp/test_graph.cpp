@@ -10,6 +10,7 @@
 #include <fstream>
 #include <numbers>
 
+#include "HsfTool.h"
 #include "app/TempWorkDir.h"
 #include "core/ByteOrder.h"
 #include "core/MessageTypes.h"
@@ -20,7 +21,6 @@
 #include "dsp/graph/GraphSession.h"
 #include "dsp/graph/GraphTaker.h"
 #include "storage/HsfTestWriter.h"
-#include "HsfTool.h"
 
 namespace halvo {
 namespace {
@@ -116,7 +116,8 @@ TEST(GraphSpectrum, LengthsScalingAndWindowsAtTheDcBin) {
 TEST(GraphCorrelation, PeakAtTheLagAndNothingForUnequalLengths) {
     GraphCompute g;
     std::vector<float> a(600, 0.0f), b(600, 0.0f);
-    for (int i = 0; i < 600; ++i) a[i] = static_cast<float>(std::sin(i * 0.37) * std::exp(-std::abs(i - 200) / 30.0));
+    for (int i = 0; i < 600; ++i)
+        a[i] = static_cast<float>(std::sin(i * 0.37) * std::exp(-std::abs(i - 200) / 30.0));
     constexpr int kLag = 7;
     for (int i = kLag; i < 600; ++i) b[i] = a[i - kLag];
     const auto c = g.CrossCorrelation(Real(a), Real(b), 1, 400, true, {2, 1500});
@@ -237,14 +238,16 @@ TEST_F(GraphFiles, CommandPrintsThePagesNumbersForARecording) {
     HsfTestWriter file;
     std::vector<std::int16_t> wave(2000), shifted(2000, 0), shorter(1999, 0);
     for (int i = 0; i < 2000; ++i)
-        wave[i] = static_cast<std::int16_t>(1000 * std::cos(2 * std::numbers::pi * 32 * i / 1024.0));
+        wave[i] =
+            static_cast<std::int16_t>(1000 * std::cos(2 * std::numbers::pi * 32 * i / 1024.0));
     for (int i = 5; i < 2000; ++i) shifted[i] = wave[i - 5];
     file.Add(Trace(1, 0, wave));
     file.Add(Trace(1, 1, shifted));
     file.Add(Trace(2, 0, wave));
     file.Add(Trace(2, 1, shorter));
     ASSERT_TRUE(file.Save("g.hsf"));
-    std::ofstream("g.Hni") << "[Graph0]\nChannel=0\nChannel2=1\nRemoveMean=0\n[General]\nUserUnits=2\n";
+    std::ofstream("g.Hni")
+        << "[Graph0]\nChannel=0\nChannel2=1\nRemoveMean=0\n[General]\nUserUnits=2\n";
 
     auto run = test::RunHsf("graph g.hsf --settings g.Hni --gate 1 1025 --json");
     ASSERT_EQ(run.status, 0);

@@ -15,6 +15,8 @@
 
 #include "app/EventLog.h"
 #include "app/Housekeeping.h"
+#include "app/ModuleContext.h"
+#include "app/SystemModule.h"
 #include "app/TempWorkDir.h"
 #include "core/ByteOrder.h"
 #include "core/MessageHub.h"
@@ -29,8 +31,6 @@
 #include "storage/StorageTestSupport.h"
 #include "system/HeadlessRunner.h"
 #include "system/LineCacheDocument.h"
-#include "system/ModuleContext.h"
-#include "system/SystemModule.h"
 
 namespace halvo {
 namespace {

@@ -75,8 +75,8 @@ void GraphCompute::RemoveMean(GraphTrace& trace) {
     for (float& x : v) x = static_cast<float>(x - mean);
 }
 
-GraphCurve GraphCompute::TimeCurve(const GraphTrace& trace, int type, int slot,
-                                   double xFracFirst, double xFracLast, const GraphUnits& units) {
+GraphCurve GraphCompute::TimeCurve(const GraphTrace& trace, int type, int slot, double xFracFirst,
+                                   double xFracLast, const GraphUnits& units) {
     GraphCurve curve;
     const int n = trace.Samples();
     if (n <= 0) return curve;
@@ -163,9 +163,9 @@ int GraphCompute::FillGate(const GraphTrace& trace, int gateFirst, int gateLast,
         if (p <= 0 || p >= n) continue;
         const std::size_t at = static_cast<std::size_t>(p);
         work_[static_cast<std::size_t>(j)] =
-            trace.Complex() ? std::complex<float>(trace.values[2 * at] * gain,
-                                                  trace.values[2 * at + 1] * gain)
-                            : std::complex<float>(trace.values[at] * gain, 0.0f);
+            trace.Complex()
+                ? std::complex<float>(trace.values[2 * at] * gain, trace.values[2 * at + 1] * gain)
+                : std::complex<float>(trace.values[at] * gain, 0.0f);
     }
     return count;
 }

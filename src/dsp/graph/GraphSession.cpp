@@ -68,8 +68,8 @@ void GraphSession::Redraw(const GraphValues& values, const GraphUnits& units) {
     const bool norm = values.ScaleFreqByFFTSize != 0;
     if (values.XCorrelate && values.Channel2 >= 0) {
         if (first == nullptr || second == nullptr) return;
-        correlation_ = compute_.CrossCorrelation(*first, *second, gate_.first, gate_.second,
-                                                 norm, units);
+        correlation_ =
+            compute_.CrossCorrelation(*first, *second, gate_.first, gate_.second, norm, units);
         if (!correlation_) return;
         freq_.SetCurves(1);
         freq_.SetXRange(correlation_->xFirst, correlation_->xLast);

@@ -30,7 +30,9 @@ class GraphSession {
         return spectra_[static_cast<std::size_t>(slot & 1)];
     }
     const std::optional<GraphCurve>& Correlation() const { return correlation_; }
-    const GraphCurve& TimeCurve(int slot) const { return curves_[static_cast<std::size_t>(slot & 1)]; }
+    const GraphCurve& TimeCurve(int slot) const {
+        return curves_[static_cast<std::size_t>(slot & 1)];
+    }
     // The gate used for the last spectrum, in samples of the trace (from its start depth).
     std::pair<int, int> Gate() const { return gate_; }
 

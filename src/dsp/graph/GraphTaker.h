@@ -23,8 +23,8 @@ struct GraphSlot {
     std::atomic<std::uint32_t> requested{0};
     std::atomic<std::uint32_t> done{0};
     // Written by the bus only while requested == done.
-    std::vector<float> values;  // complex data stays interleaved: values counts both parts
-    int format = 0;             // normalised: 7 and 9 become 1, 10 becomes 2
+    std::vector<float> values;   // complex data stays interleaved: values counts both parts
+    int format = 0;              // normalised: 7 and 9 become 1, 10 becomes 2
     std::uint32_t interval = 0;  // sample interval, ns
     int startDepth = 0;
     int adcGain = 0;
