@@ -18,15 +18,20 @@
 #include "app/Housekeeping.h"
 #include "app/TempWorkDir.h"
 #include "core/MessageHub.h"
+#include "display/PlotModel.h"
 #include "display/SonarDataCache.h"
+#include "gui/pages/CfgGraph.h"
 #include "gui/sheets/CfgSheet.h"
 #include "gui/sheets/EnterKeyFilter.h"
 #include "gui/sheets/SetupWizard.h"
 #include "gui/sheets/SheetPage.h"
 #include "gui/shell/CColorStatusBar.h"
 #include "gui/shell/ProgramWindows.h"
+#include "gui/views/CChildFrameWaterfall.h"
+#include "gui/views/CPlotWnd.h"
 #include "gui/views/CWaterfallDoc.h"
 #include "gui/views/DisplayWindows.h"
+#include "gui/views/PlotView.h"
 #include "halvo-sim/SimServer.h"
 #include "platform/FakeSystemClock.h"
 #include "platform/MonotonicTickSource.h"
@@ -302,6 +307,55 @@ TEST_F(Acceptance, GainTypedInTheDisplayPageChangesTheNextLines) {
     const double meanAfter = sum[1] / lines[1] / newest->size;
     EXPECT_GT(meanBefore, 5.0);
     EXPECT_LT(meanAfter, meanBefore / 4) << "before " << meanBefore << " after " << meanAfter;
+}
+
+}  // namespace
+}  // namespace halvo
+
+namespace halvo {
+namespace {
+
+// The graph page on a live channel: shown, it joins the bus and draws a ping as a time plot and a
+// spectrum; paused, it keeps that ping; the frame's strip chart draws pitch and roll above the
+// waterfall. Both are saved as pictures beside the test's files for a reader to look at.
+TEST_F(Acceptance, GraphPageDrawsALiveChannelAndTheFrameItsStripChart) {
+    ASSERT_NO_FATAL_FAILURE(StartSurvey([&] { return CacheTotal(0) > 20; }));
+    auto* page = dynamic_cast<CfgGraph*>(Page("Graph"));
+    ASSERT_NE(page, nullptr);
+    page->TimePlot()->Model().State().options |= kPlotMean | kPlotRms | kPlotSampleSize;
+    ASSERT_TRUE(Run([&] { return !page->Session().Time().Empty(); }));
+    ASSERT_TRUE(Run(
+        [&] { return page->Session().Last(0) != nullptr && page->Session().Last(0)->ping > 3; }));
+    const GraphTrace* trace = page->Session().Last(0);
+    EXPECT_EQ(page->Session().Time().Curve(0).size(), static_cast<std::size_t>(trace->Samples()));
+    EXPECT_FALSE(page->Session().Frequency().Empty());
+    EXPECT_EQ(page->Session().Frequency().Curve(0).size(),
+              static_cast<std::size_t>(page->Session().SpectrumOf(0)->length));
+    EXPECT_TRUE(page->TimePlot()->CaptionText().contains(" N "));
+
+    // "Pause" keeps the ping on the screen while the survey goes on.
+    test::Button(page, "Pause")->click();
+    test::PumpFor(600);
+    const std::uint32_t held = page->Session().Last(0)->ping;
+    const std::int64_t lines = CacheTotal(0);
+    ASSERT_TRUE(Run([&] { return CacheTotal(0) > lines + 10; }));
+    EXPECT_EQ(page->Session().Last(0)->ping, held);
+    EXPECT_TRUE(page->grab().save(QString::fromStdString((dir_ / "graph-page.png").string())));
+
+    CChildFrameWaterfall* frame = windows_->Displays()->Frame(0);
+    ASSERT_NE(frame, nullptr);
+    ASSERT_NE(frame->Plot(), nullptr);
+    const QImage strip = frame->Plot()->grab().toImage();
+    int roll = 0;
+    for (int y = 0; y < strip.height(); ++y) {
+        for (int x = 0; x < strip.width(); ++x) roll += strip.pixelColor(x, y) == QColor(255, 0, 0);
+    }
+    EXPECT_GT(roll, 20) << "the roll curve in its colour";
+    EXPECT_TRUE(frame->grab().save(QString::fromStdString((dir_ / "frame.png").string())));
+    if (const char* keep = std::getenv("HALVO_KEEP_SCREENSHOTS")) {
+        page->grab().save(QString(keep) + "/graph-page.png");
+        frame->grab().save(QString(keep) + "/frame.png");
+    }
 }
 
 }  // namespace

@@ -6,7 +6,9 @@
 #include <vector>
 
 #include "app/EventLog.h"
+#include "dsp/graph/GraphModule.h"
 #include "extensions/ExtensionView.h"
+#include "gui/pages/CfgGraph.h"
 #include "gui/pages/NavigationPages.h"
 #include "gui/pages/RecordPages.h"
 #include "gui/pages/SonarPages.h"
@@ -80,6 +82,8 @@ void ProgramWindows::Start(std::string_view settings) {
     // Loads the installation and the defaults; the stored placement shows the window.
     system_.Startup(&frame_, settings);
     AddSonarPages(*sheet_, system_, context_);
+    if (GraphModule* graph = system_.FindModule<GraphModule>())
+        sheet_->AddPage(new CfgGraph(context_, *graph, system_.General()), CfgSheet::CfgGraph);
     optionsStore_.SetSonarAccess(SonarOptionsAccess(system_.Sonar()));
     displays_ = OpenDisplayWindows(frame_, sheet_, system_, context_);
     // What an extension may bind to: the views of the first display document that can serve one.

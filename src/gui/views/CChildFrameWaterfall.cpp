@@ -8,7 +8,9 @@
 #include "gui/views/CSplitterWndSonar.h"
 #include "gui/views/CWaterfallDoc.h"
 #include "gui/views/CWaterfallView.h"
+#include "gui/views/PlotView.h"
 #include "gui/views/ScopeView.h"
+#include "gui/views/XYPlotView.h"
 
 namespace halvo {
 
@@ -54,6 +56,15 @@ CChildFrameWaterfall::CChildFrameWaterfall(DisplayViewContext& context, CWaterfa
         splitter_->SetMovedHandler([this] { moved_ = true; });
         const int first = layout_.hasPlot ? 1 : 0;
         const auto show = [this](const QString& text) { status_->setText(text); };
+        if (layout_.hasPlot) {
+            // The strip chart over the waterfall column, the motion plot over the scope column.
+            plot_ = new PlotView(context, document, layout_.firstDisplay);
+            xyPlot_ = new XYPlotView(context, document, layout_.firstDisplay);
+            plot_->SetStatusHandler(show);
+            xyPlot_->SetStatusHandler(show);
+            splitter_->SetPane(0, 0, plot_);
+            splitter_->SetPane(0, 1, xyPlot_);
+        }
         for (int row = first; row < layout_.rows; ++row) {
             const int display = layout_.firstDisplay + row - first;
             auto* waterfall = new CWaterfallView(context, document, display);

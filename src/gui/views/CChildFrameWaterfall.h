@@ -1,8 +1,9 @@
 #pragma once
 // One display frame: a splitter of rows, each a waterfall on the left and its scope on the
-// right, with a row of plots on top when the layout asks for one (its panes stay empty until the
-// plot views arrive), and a status line for the cursor readouts. Row and column sizes come from
-// the layout's stored pixels, else 90 percent for the waterfall and equal rows.
+// right, with a row of plots on top when the layout asks for one (the strip chart over the
+// waterfalls, the motion plot over the scopes), and a status line for the cursor readouts. Row and
+// column sizes come from the layout's stored pixels, else 90 percent for the waterfall and equal
+// rows.
 
 #include <QWidget>
 #include <span>
@@ -17,7 +18,9 @@ namespace halvo {
 class CSplitterWndSonar;
 class CWaterfallDoc;
 class CWaterfallView;
+class PlotView;
 class ScopeView;
+class XYPlotView;
 
 class CChildFrameWaterfall final : public QWidget {
   public:
@@ -50,6 +53,9 @@ class CChildFrameWaterfall final : public QWidget {
     CWaterfallView* Waterfall(int row) const;
     ScopeView* Scope(int row) const;
     CSplitterWndSonar* Splitter() const { return splitter_; }
+    // The plot row's views; null without one.
+    PlotView* Plot() const { return plot_; }
+    XYPlotView* XYPlot() const { return xyPlot_; }
     QLabel* StatusLine() const { return status_; }
 
     // Stored sizes: applied now and, while the frame has no size yet, again at the first resize.
@@ -68,6 +74,8 @@ class CChildFrameWaterfall final : public QWidget {
     QLabel* status_ = nullptr;
     std::vector<CWaterfallView*> waterfalls_;
     std::vector<ScopeView*> scopes_;
+    PlotView* plot_ = nullptr;
+    XYPlotView* xyPlot_ = nullptr;
     std::vector<int> storedRows_;
     std::vector<int> storedColumns_;
     bool moved_ = false;  // the operator moved a divider since sizes were applied

@@ -3,6 +3,11 @@
 # the windows open over.
 target_sources(halvo_gui PRIVATE
     ${CMAKE_CURRENT_LIST_DIR}/CChildFrameWaterfall.cpp
+    ${CMAKE_CURRENT_LIST_DIR}/CPlotWnd.cpp
+    ${CMAKE_CURRENT_LIST_DIR}/PlotView.cpp
+    ${CMAKE_CURRENT_LIST_DIR}/XYPlotView.cpp
+    ${CMAKE_CURRENT_LIST_DIR}/../pages/CfgGraph.cpp
+    ${CMAKE_CURRENT_LIST_DIR}/../dialogs/PlotOptions.cpp
     ${CMAKE_CURRENT_LIST_DIR}/CSplitterWndSonar.cpp
     ${CMAKE_CURRENT_LIST_DIR}/CWaterfallDoc.cpp
     ${CMAKE_CURRENT_LIST_DIR}/CWaterfallView.cpp
