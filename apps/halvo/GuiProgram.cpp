@@ -4,6 +4,7 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QTimer>
+#include <algorithm>
 #include <cstdio>
 
 #include "HeadlessProgram.h"
@@ -98,6 +99,23 @@ int RunGui(int argc, char** argv, const GuiOptions& options) {
     if (options.record) system.Storage().RequestRecord();
     windows.Show();
 
+    if (!options.graphScreenshot.empty()) {
+        // The graph page joins the bus when first shown: it is shown two seconds ahead so it
+        // holds a ping when the picture is taken, and the page asked for comes back after it.
+        const int ahead = static_cast<int>(std::max(0.0, options.screenshotAfter - 2.0) * 1000);
+        QTimer::singleShot(ahead, &frame, [sheet] {
+            if (SheetPage* page = sheet->FindPage("Graph")) sheet->ShowPage(page);
+        });
+        QTimer::singleShot(
+            static_cast<int>(options.screenshotAfter * 1000) - 1, &frame, [sheet, &options] {
+                const QString file = QString::fromStdString(options.graphScreenshot);
+                QDir().mkpath(QFileInfo(file).absolutePath());
+                if (!sheet->grab().save(file))
+                    std::fprintf(stderr, "cannot write %s\n", qPrintable(file));
+                SheetPage* back = sheet->FindPage(QString::fromStdString(options.sheetPage));
+                if (back != nullptr) sheet->ShowPage(back);
+            });
+    }
     if (!options.screenshot.empty() || !options.sheetScreenshot.empty()) {
         const auto save = [](QWidget* widget, const std::string& name) {
             if (name.empty()) return;

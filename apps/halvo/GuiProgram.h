@@ -18,6 +18,7 @@ struct GuiOptions {
     std::string alarmFile;        // alert tones into this WAV file instead of the sound system
     std::string sheetScreenshot;  // a picture of the "Status And Control" sheet, with the other
     std::string sheetPage;        // the sheet's tab to show first, by caption
+    std::string graphScreenshot;  // a picture of the sheet's "Graph" page, with the others
 };
 
 int RunGui(int argc, char** argv, const GuiOptions& options);

@@ -46,6 +46,9 @@ int main(int argc, char** argv) {
     cli.add_option("--screenshot-sheet", gui.sheetScreenshot,
                    "save a picture of the \"Status And Control\" sheet to FILE (with --after)")
         ->type_name("FILE");
+    cli.add_option("--screenshot-graph", gui.graphScreenshot,
+                   "save a picture of the sheet's \"Graph\" page to FILE (with --after)")
+        ->type_name("FILE");
     cli.add_option("--sheet-page", gui.sheetPage, "show this tab of the sheet first (\"Disk\" ...)")
         ->type_name("CAPTION");
     cli.add_option("--event-log", gui.eventLog, "append the event log to FILE")->type_name("FILE");

@@ -17,7 +17,7 @@ namespace halvo {
 
 namespace {
 
-constexpr ListEntry kTypes[] = {{0, "Envelope"}, {1, "Real"},    {2, "Imag"},        {3, "Angle"},
+constexpr ListEntry kTypes[] = {{0, "Envelope"}, {1, "Real"},    {2, "Imag"},      {3, "Angle"},
                                 {4, "Phase0"},   {5, "Phase90"}, {6, "Rel. Angle"}};
 constexpr ListEntry kWindows[] = {{0, "None"}, {1, "Hann"}, {2, "Hamming"}, {3, "Blackman"}};
 

@@ -98,7 +98,8 @@ void CPlotWnd::paintEvent(QPaintEvent*) {
         float scale = 0.0f, offset = 0.0f;
         model_.Mapping(area.height(), scale, offset);
         QPainterContext dc(p, width(), height());
-        extension_->DrawFit(dc, area.left(), area.top(), area.right(), area.bottom(), scale, offset);
+        extension_->DrawFit(dc, area.left(), area.top(), area.right(), area.bottom(), scale,
+                            offset);
     }
 }
 
