@@ -12,6 +12,7 @@
 #include "dsp/graph/GraphSession.h"
 #include "dsp/graph/GraphTaker.h"
 #include "halvo-hsf/RecordJson.h"
+#include "halvo-hsf/RecordLoop.h"
 #include "halvo-hsf/StampPipeline.h"
 #include "stamping/SonarChannelSettings.h"
 #include "storage/HsfReader.h"
@@ -123,23 +124,14 @@ int RunGraph(const GraphOptions& o) {
     GraphSession session;
     session.Time().State() = PlotState::FromText(v.PlotTime);
     session.Frequency().State() = PlotState::FromText(v.PlotFreq);
-    for (;;) {
-        SonarMessage m;
-        const ReadStatus status = reader.Next(m);
-        if (status == ReadStatus::Deferred) continue;
-        if (status != ReadStatus::Record) {
-            std::fflush(stdout);
-            if (status == ReadStatus::EndOfFile) return 0;
-            std::fprintf(stderr, "halvo-hsf graph: %s at offset %lld: %s\n",
-                         std::string(StateWord(status)).c_str(),
-                         static_cast<long long>(reader.RecordOffset()), reader.Error().c_str());
-            return 1;
-        }
+    const bool whole = ForEachRecord(reader, "graph", [&](SonarMessage m) {
         pipeline->Process(std::move(m));
-        // With two channels the page draws once both slots have a trace; the file tool prints at
-        // the same moments.
+        // With two channels the page draws whenever either slot brought a trace; the file tool
+        // prints at the same moments.
         if (session.Step(taker, v, units)) Print(session, v);
-    }
+    });
+    std::fflush(stdout);
+    return whole ? 0 : 1;
 }
 
 }  // namespace

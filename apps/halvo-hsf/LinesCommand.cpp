@@ -10,6 +10,7 @@
 #include "core/MessageTypes.h"
 #include "halvo-hsf/LinePlayer.h"
 #include "halvo-hsf/RecordJson.h"
+#include "halvo-hsf/RecordLoop.h"
 #include "storage/HsfReader.h"
 
 namespace halvo::hsf {
@@ -70,22 +71,13 @@ int RunLines(const LinesOptions& o) {
         return 1;
     }
     auto player = std::make_unique<LinePlayer>(o.settings);
-    for (;;) {
-        SonarMessage m;
-        const ReadStatus status = reader.Next(m);
-        if (status == ReadStatus::Deferred) continue;
-        if (status != ReadStatus::Record) {
-            std::fflush(stdout);
-            if (status == ReadStatus::EndOfFile) return 0;
-            std::fprintf(stderr, "halvo-hsf lines: %s at offset %lld: %s\n",
-                         std::string(StateWord(status)).c_str(),
-                         static_cast<long long>(reader.RecordOffset()), reader.Error().c_str());
-            return 1;
-        }
+    const bool whole = ForEachRecord(reader, "lines", [&](SonarMessage m) {
         player->Play(std::move(m), [&](const SonarDataCacheElement& line) {
             if (o.display < 0 || line.displayIndex == o.display) PrintLine(line);
         });
-    }
+    });
+    std::fflush(stdout);
+    return whole ? 0 : 1;
 }
 
 }  // namespace
