@@ -26,10 +26,11 @@ void GraphSettings::Load() {
 }
 
 void GraphSettings::Save() {
-    const GraphValues v = Snapshot();
+    GraphValues v;
     {
         std::lock_guard g(lock_);
         if (!loaded_) return;
+        v = values_;
     }
     IniFile ini(coordinator_);
     ini.Open(kSection);
